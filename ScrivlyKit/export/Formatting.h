@@ -52,6 +52,26 @@ struct Civil {
 };
 Civil civil(Date date, const std::string& timeZone);
 
+// A time zone looked up once, for turning many dates into calendar fields (as civil() and
+// iso8601() do, which look the zone up on every call). An unknown identifier acts as UTC.
+// Fractions of a second are dropped (rounded down), so 09:05:03.9 is 09:05:03.
+class Zone {
+public:
+    explicit Zone(const std::string& timeZone);
+    ~Zone();
+    Zone(Zone&&) noexcept;
+    Zone& operator=(Zone&&) noexcept;
+    Zone(const Zone&) = delete;
+    Zone& operator=(const Zone&) = delete;
+
+    Civil civil(Date date) const;
+    std::string iso8601(Date date) const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
 // ISO 8601 internet date-time without fractional seconds, with the offset or Z for UTC
 // ("2024-03-05T14:07:09-05:00").
 std::string iso8601(Date date, const std::string& timeZone);
