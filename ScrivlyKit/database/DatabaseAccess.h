@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace scrivly {
@@ -13,6 +14,10 @@ enum class DatabaseAccess {
 
 // Probes with a plain read-only open; never reads a byte.
 DatabaseAccess access(const std::string& path);
+
+// The same with the open call supplied: open answers 0 when the path opened for reading, else the
+// errno of the failure. Lets the denied case be shown where every file is readable (as root).
+DatabaseAccess access(const std::string& path, const std::function<int(const std::string&)>& open);
 
 // The text used in machine-readable output: "granted", "denied" or "noHistory".
 std::string toString(DatabaseAccess access);
