@@ -1,0 +1,524 @@
+#include "ScrivlyKit/pdf/PDFLayout.h"
+
+#include "ScrivlyKit/export/ImageConverter.h"
+#include "ScrivlyKit/export/ReactionSummary.h"
+#include "ScrivlyKit/text/Unicode.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace scrivly::pdf {
+
+namespace {
+
+using Kind = PDFExport::Placed::Kind;
+
+constexpr std::array<Color, 5> kPalette{{
+    {0.13, 0.55, 0.27},
+    {0.55, 0.27, 0.68},
+    {0.8, 0.42, 0.05},
+    {0.05, 0.52, 0.58},
+    {0.72, 0.2, 0.3},
+}};
+
+constexpr double kBodyIndent = 12;
+constexpr double kPictureMaxWidth = 250;
+constexpr double kPictureMaxHeight = 280;
+constexpr int kPictureMaxPixels = 1600;
+constexpr double kPictureQuality = 0.82;
+
+std::string asciiLowercased(std::string_view text) {
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return result;
+}
+
+bool hasPictureExtension(const std::string& name) {
+    static constexpr std::array<std::string_view, 9> kExtensions{
+        "heic", "heif", "jpg", "jpeg", "png", "gif", "tif", "tiff", "webp"};
+    std::string extension = std::filesystem::path(name).extension().string();
+    if (extension.size() < 2) {
+        return false;
+    }
+    extension = asciiLowercased(std::string_view(extension).substr(1));
+    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
+}
+
+bool isPicture(const Attachment& attachment) {
+    static constexpr std::array<std::string_view, 7> kTypes{
+        "public.jpeg", "public.png",         "public.heic", "public.heif",
+        "public.tiff", "com.compuserve.gif", "public.image"};
+    if (attachment.mimeType && asciiLowercased(*attachment.mimeType).starts_with("image/")) {
+        return true;
+    }
+    if (attachment.uti &&
+        std::find(kTypes.begin(), kTypes.end(), *attachment.uti) != kTypes.end()) {
+        return true;
+    }
+    return hasPictureExtension(attachment.name) ||
+           (attachment.path && hasPictureExtension(*attachment.path));
+}
+
+std::string decimal(double value) {
+    char buffer[32];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+    return std::string(buffer, result.ptr);
+}
+
+std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
+    std::string result;
+    for (std::size_t index = 0; index < parts.size(); ++index) {
+        if (index > 0) {
+            result += separator;
+        }
+        result += parts[index];
+    }
+    return result;
+}
+
+// "A – B", or a half-open "A –" / "– B" when one end is unknown.
+std::string span(const std::string& start, const std::string& end) {
+    if (start.empty()) {
+        return "\u2013 " + end;
+    }
+    if (end.empty()) {
+        return start + " \u2013";
+    }
+    return start + " \u2013 " + end;
+}
+
+} // namespace
+
+Layout::Layout(const ExportOptions& options, const ExportStrings& strings,
+               PDFExport::Progress progress, std::stop_token stop)
+    : m_options(options), m_strings(strings), m_page(Paper::size(options.paper)),
+      m_progress(std::move(progress)), m_stop(std::move(stop)), m_setter(options.locale) {
+    measureChrome();
+    m_pages.assign(1, {});
+    m_y = textTop();
+}
+
+double Layout::textTop() const {
+    return m_headerRows == 0 ? kMargin : kMargin + 26 + (m_headerRows - 1) * 11;
+}
+
+double Layout::bottomLimit() const {
+    return m_page.height - kMargin - 22 - (m_footerRows - 1) * 12;
+}
+
+void Layout::measureChrome() {
+    const TextStyle style{8.5, false, false, kGray};
+    const double textWidth = m_page.width - 2 * kMargin;
+    const std::string header = Unicode::trimmed(m_options.header);
+    const std::string title = Unicode::trimmed(m_options.documentTitle);
+    const auto line = [&](std::string role, const std::string& text, double maxWidth,
+                          double baseline, bool atRight) {
+        Chrome chrome{std::move(role), m_setter.truncated(text, style, maxWidth),
+                      style,           kMargin,
+                      baseline,        {}};
+        chrome.metrics = m_setter.measureLine(chrome.text, style);
+        if (atRight) {
+            chrome.x = m_page.width - kMargin - chrome.metrics.width;
+        }
+        m_headerLines.push_back(std::move(chrome));
+    };
+    if (header.empty() && title.empty()) {
+        m_headerRows = 0;
+    } else if (header.empty() || title.empty()) {
+        m_headerRows = 1;
+        line(header.empty() ? "title" : "header", header.empty() ? title : header, textWidth, 58,
+             false);
+    } else {
+        const double headerWidth = m_setter.measureLine(header, style).width;
+        const double titleWidth = m_setter.measureLine(title, style).width;
+        if (textWidth < headerWidth + titleWidth + 18) {
+            m_headerRows = 2;
+            line("header", header, textWidth, 58, false);
+            line("title", title, textWidth, 69, false);
+        } else {
+            m_headerRows = 1;
+            const double titleShare = std::min(titleWidth, textWidth * 0.5);
+            line("header", header, textWidth - titleShare - 18, 58, false);
+            line("title", title, textWidth * 0.5, 58, true);
+        }
+    }
+
+    // Where the Bates number goes is settled once, from the widest labels any export has.
+    if (const auto sample = m_options.batesLabel(9999); sample && m_strings.pageOf) {
+        const double pageWidth = m_setter.measureLine(m_strings.pageOf(8888, 8888), style).width;
+        const double batesWidth =
+            m_setter.measureLine(*sample, TextStyle{9, true, false, kGray}).width;
+        const double limit = m_page.width - kMargin - batesWidth;
+        if (m_page.width * 0.5 + pageWidth * 0.5 + 18 <= limit) {
+            m_pageAtLeft = false;
+        } else if (kMargin + pageWidth + 18 <= limit) {
+            m_pageAtLeft = true;
+        } else {
+            m_footerRows = 2;
+        }
+    }
+}
+
+std::vector<Chrome> Layout::chrome(std::size_t pageIndex) {
+    std::vector<Chrome> lines = m_headerLines;
+    const auto page = static_cast<std::int64_t>(pageIndex) + 1;
+    const double pageBaseline = m_page.height - kMargin + 8;
+    if (m_strings.pageOf) {
+        const TextStyle style{8.5, false, false, kGray};
+        Chrome number{
+            "page",       m_strings.pageOf(page, static_cast<std::int64_t>(m_pages.size())),
+            style,        kMargin,
+            pageBaseline, {}};
+        number.metrics = m_setter.measureLine(number.text, style);
+        if (!m_pageAtLeft) {
+            number.x = m_page.width * 0.5 - number.metrics.width * 0.5;
+        }
+        lines.push_back(std::move(number));
+    }
+    if (auto label = m_options.batesLabel(page)) {
+        const TextStyle style{9, true, false, kGray};
+        Chrome bates{"bates",
+                     std::move(*label),
+                     style,
+                     0,
+                     m_footerRows == 2 ? pageBaseline - 12 : pageBaseline,
+                     {}};
+        bates.metrics = m_setter.measureLine(bates.text, style);
+        bates.x = m_page.width - kMargin - bates.metrics.width;
+        lines.push_back(std::move(bates));
+    }
+    return lines;
+}
+
+void Layout::report(double fraction) {
+    const int percent = static_cast<int>(std::floor(fraction * 100));
+    if (percent != m_reported) {
+        m_reported = percent;
+        if (m_progress) {
+            m_progress(std::min(fraction, 1.0));
+        }
+    }
+}
+
+void Layout::checkCancelled() const {
+    if (m_stop.stop_requested()) {
+        throw PDFExport::Cancelled();
+    }
+}
+
+void Layout::layOut(const Transcript& transcript) {
+    if (m_options.coverPage) {
+        layOutCover(transcript);
+    }
+    layOutBody(transcript);
+    // The cover ends with a page break; with no entries that page stays empty.
+    if (m_pages.size() > 1 && m_pages.back().empty()) {
+        m_pages.pop_back();
+    }
+}
+
+void Layout::newPage() {
+    checkCancelled();
+    m_pages.emplace_back();
+    m_y = textTop();
+}
+
+ParagraphStyle Layout::paragraphStyle(Alignment alignment, double spacingBefore, double spacing,
+                                      double lineSpacing) {
+    const std::string key = std::string(alignment == Alignment::center ? "center" : "natural") +
+                            "-" + decimal(spacingBefore) + "-" + decimal(spacing) + "-" +
+                            decimal(lineSpacing);
+    return m_paragraphs
+        .try_emplace(key, ParagraphStyle{alignment, spacingBefore, spacing, lineSpacing})
+        .first->second;
+}
+
+const Formatting::DateFormatter& Layout::dayFormat() {
+    if (!m_dayFormat) {
+        m_dayFormat.emplace(Formatting::DateFormatter::Style::day, m_options.timeZone,
+                            m_options.locale);
+    }
+    return *m_dayFormat;
+}
+
+const Formatting::DateFormatter& Layout::timeFormat() {
+    if (!m_timeFormat) {
+        m_timeFormat.emplace(Formatting::DateFormatter::Style::time, m_options.timeZone,
+                             m_options.locale);
+    }
+    return *m_timeFormat;
+}
+
+const Formatting::DateFormatter& Layout::shortDate() {
+    if (!m_shortDate) {
+        m_shortDate.emplace(Formatting::DateFormatter::Style::shortDate, m_options.timeZone,
+                            m_options.locale);
+    }
+    return *m_shortDate;
+}
+
+std::string Layout::dateRangeText(const Transcript& transcript) {
+    if (!transcript.from && !transcript.to) {
+        return m_strings.allDates;
+    }
+    const auto day = [&](const std::optional<Date>& date) {
+        return date ? shortDate().format(*date) : std::string();
+    };
+    const std::string rangeStart = day(transcript.from);
+    const std::string rangeEnd = day(transcript.to);
+    std::string text = span(rangeStart, rangeEnd);
+    const auto first = transcript.firstDate();
+    const auto last = transcript.lastDate();
+    if (first && last && m_strings.includedDates) {
+        const std::string spanStart = day(first);
+        const std::string spanEnd = day(last);
+        // Narrower when it starts or ends on another day than the range, or the range is open
+        // on one side (then the span is what tells where the messages stop).
+        if (spanStart != rangeStart || spanEnd != rangeEnd) {
+            text += "\n" + m_strings.includedDates(spanStart == spanEnd ? spanStart
+                                                                        : span(spanStart, spanEnd));
+        }
+    }
+    return text;
+}
+
+void Layout::layOutCover(const Transcript& transcript) {
+    const std::string documentTitle = Unicode::trimmed(m_options.documentTitle);
+    AttributedText cover;
+    cover.append(documentTitle.empty() ? transcript.title : documentTitle,
+                 TextStyle{24, true, false, kInk}, paragraphStyle(Alignment::natural, 0, 0, 2));
+    cover.endParagraph();
+    if (!documentTitle.empty() && documentTitle != transcript.title) {
+        cover.append(transcript.title, TextStyle{14, false, false, kGray},
+                     paragraphStyle(Alignment::natural, 4, 0, 1.5));
+        cover.endParagraph();
+    }
+
+    const TextStyle labelStyle{9.5, true, false, kGray};
+    const ParagraphStyle labelParagraph = paragraphStyle(Alignment::natural, 16, 0, 1.5);
+    const TextStyle valueStyle{12, false, false, kInk};
+    const ParagraphStyle valueParagraph = paragraphStyle(Alignment::natural, 2, 0, 1.5);
+    const auto row = [&](const std::string& label, const std::string& value) {
+        cover.append(label, labelStyle, labelParagraph);
+        cover.endParagraph();
+        cover.append(value, valueStyle, valueParagraph);
+        cover.endParagraph();
+    };
+    row(m_strings.participants, joined(transcript.participants, ", "));
+    row(m_strings.dateRange, dateRangeText(transcript));
+    row(m_strings.messages,
+        Formatting::integer(static_cast<std::int64_t>(transcript.entries.size()),
+                            m_options.locale));
+    row(m_strings.attachments,
+        Formatting::integer(static_cast<std::int64_t>(transcript.attachmentCount()),
+                            m_options.locale));
+    const Formatting::DateFormatter exported(Formatting::DateFormatter::Style::longDateTime,
+                                             m_options.timeZone, m_options.locale);
+    row(m_strings.exported, exported.format(Date::now()));
+    row(m_strings.timeZone, Formatting::timeZoneName(m_options.timeZone, m_options.locale));
+    row(m_strings.source, m_strings.sourceText);
+
+    m_y = textTop() + 60;
+    placeText(kMargin, m_page.width - 2 * kMargin, 30, std::move(cover), std::nullopt);
+    newPage();
+}
+
+void Layout::layOutBody(const Transcript& transcript) {
+    const std::size_t count = transcript.entries.size();
+    std::optional<std::string> previousDay;
+    for (std::size_t index = 0; index < count; ++index) {
+        if (index % 100 == 0) {
+            checkCancelled();
+            report(static_cast<double>(index) / static_cast<double>(count) * 0.5);
+        }
+        layOutEntry(transcript.entries[index], previousDay);
+    }
+}
+
+Color Layout::colorOf(const TranscriptEntry& entry) {
+    if (entry.isFromMe) {
+        return kMeColor;
+    }
+    auto found = m_senderColors.find(entry.sender);
+    if (found == m_senderColors.end()) {
+        found =
+            m_senderColors.emplace(entry.sender, kPalette[m_nextPaletteColor++ % kPalette.size()])
+                .first;
+    }
+    return found->second;
+}
+
+void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string>& previousDay) {
+    const double textWidth = m_page.width - 2 * kMargin;
+    std::string day = dayFormat().format(entry.date);
+    if (!previousDay || *previousDay != day) {
+        if (bottomLimit() - m_y < 70 && !pageIsEmpty()) {
+            newPage();
+        }
+        if (!pageIsEmpty()) {
+            placeRule(m_y + 8);
+            m_y += 6;
+        }
+        AttributedText dayLine;
+        dayLine.append(day, TextStyle{9.5, true, false, kGray},
+                       paragraphStyle(Alignment::center, 0, 0, 1.5));
+        placeText(kMargin, textWidth, 60, std::move(dayLine), std::nullopt);
+        m_y += 4;
+        previousDay = std::move(day);
+    }
+
+    const Color color = colorOf(entry);
+    AttributedText block;
+    const ParagraphStyle senderParagraph = paragraphStyle(Alignment::natural, 7, 0, 1.5);
+    block.append(entry.sender, TextStyle{10, true, false, color}, senderParagraph);
+    block.append("   " + timeFormat().format(entry.date), TextStyle{8.5, false, false, kGray},
+                 senderParagraph);
+    block.endParagraph();
+    if (!entry.text.empty()) {
+        block.append(entry.text, TextStyle{10.5, false, false, kInk},
+                     paragraphStyle(Alignment::natural, 0, 1.5, 1.5));
+        block.endParagraph();
+    }
+    std::vector<Picture> pictures;
+    for (const Attachment& attachment : entry.attachments) {
+        appendAttachment(attachment, block, pictures);
+    }
+    if (!entry.reactions.empty()) {
+        block.append(m_strings.reactions + ": " + reactionSummary(entry.reactions, m_strings),
+                     TextStyle{8.5, false, false, kGray},
+                     paragraphStyle(Alignment::natural, 2, 0, 1.5));
+        block.endParagraph();
+    }
+
+    if (!pageIsEmpty()) {
+        m_y += 5;
+    }
+    placeText(kMargin + kBodyIndent, m_page.width - 120, 14, std::move(block), color);
+    for (const Picture& picture : pictures) {
+        placePicture(picture, color);
+    }
+}
+
+void Layout::appendAttachment(const Attachment& attachment, AttributedText& block,
+                              std::vector<Picture>& pictures) {
+    std::error_code error;
+    const bool exists = attachment.path && !attachment.path->empty() &&
+                        std::filesystem::exists(*attachment.path, error);
+    if (exists && m_options.includeImages && isPicture(attachment)) {
+        if (auto jpeg =
+                ImageConverter::jpegData(*attachment.path, kPictureMaxPixels, kPictureQuality)) {
+            const auto size = ImageConverter::jpegSize(*jpeg);
+            if (size && size->first > 0 && size->second > 0) {
+                pictures.push_back(
+                    Picture{std::make_shared<const std::vector<std::uint8_t>>(std::move(*jpeg)),
+                            size->first, size->second});
+                return;
+            }
+        }
+    }
+    std::string line;
+    if (exists) {
+        // A bundle (a folder) has no size of its own; the database's count stands in for it.
+        std::int64_t bytes = attachment.totalBytes;
+        if (std::filesystem::is_regular_file(*attachment.path, error)) {
+            const auto size = std::filesystem::file_size(*attachment.path, error);
+            if (!error) {
+                bytes = static_cast<std::int64_t>(size);
+            }
+        }
+        line = m_strings.attachmentLine(attachment.name,
+                                        Formatting::byteCount(bytes, m_options.locale));
+    } else {
+        line = m_strings.attachmentMissing(attachment.name);
+    }
+    block.append(line, TextStyle{9, false, true, kGray},
+                 paragraphStyle(Alignment::natural, 0, 1.5, 1.5));
+    block.endParagraph();
+}
+
+void Layout::placeText(double x, double width, double keep, AttributedText text,
+                       std::optional<Color> bar) {
+    if (text.empty()) {
+        return;
+    }
+    const auto set = std::make_shared<const SetText>(m_setter.set(std::move(text), width));
+    if (bottomLimit() - m_y < keep && !pageIsEmpty()) {
+        newPage();
+    }
+    const auto& lines = set->lines;
+    std::size_t next = 0;
+    while (next < lines.size()) {
+        const double space = bottomLimit() - m_y;
+        double used = 0;
+        std::size_t count = 0;
+        while (next + count < lines.size()) {
+            const std::size_t index = next + count;
+            const double add =
+                (count > 0 || index == 0 ? lines[index].spaceAbove : 0) + lines[index].height;
+            if (used + add > space) {
+                break;
+            }
+            used += add;
+            ++count;
+        }
+        if (count == 0) {
+            if (!pageIsEmpty()) {
+                newPage();
+                continue;
+            }
+            // Taller than a whole page: it still has to go somewhere.
+            count = 1;
+            used = set->height(next, 1);
+        }
+        PageItem item;
+        item.kind = Kind::text;
+        item.frame = Rect{x, m_y, width, used};
+        item.bar = bar;
+        item.text = set;
+        item.firstLine = next;
+        item.lineCount = count;
+        m_pages.back().push_back(std::move(item));
+        m_y += used;
+        next += count;
+        if (next < lines.size()) {
+            newPage();
+        }
+    }
+}
+
+void Layout::placePicture(const Picture& picture, Color bar) {
+    const double maxWidth = std::min(m_page.width - 120, kPictureMaxWidth);
+    const double maxHeight = std::min(bottomLimit() - textTop(), kPictureMaxHeight);
+    const double scale = std::min({maxWidth / picture.width, maxHeight / picture.height, 1.0});
+    const double width = picture.width * scale;
+    const double height = picture.height * scale;
+    if (bottomLimit() - m_y < height + 6 && !pageIsEmpty()) {
+        newPage();
+    }
+    m_y += 4;
+    PageItem item;
+    item.kind = Kind::image;
+    item.frame = Rect{kMargin + kBodyIndent, m_y, width, height};
+    item.bar = bar;
+    item.jpeg = picture.jpeg;
+    item.pixelWidth = picture.width;
+    item.pixelHeight = picture.height;
+    m_pages.back().push_back(std::move(item));
+    m_y += height;
+}
+
+void Layout::placeRule(double y) {
+    PageItem item;
+    item.kind = Kind::rule;
+    item.frame = Rect{kMargin, y, m_page.width - 2 * kMargin, 0};
+    m_pages.back().push_back(std::move(item));
+}
+
+} // namespace scrivly::pdf

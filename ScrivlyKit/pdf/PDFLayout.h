@@ -1,0 +1,134 @@
+#pragma once
+
+#include "ScrivlyKit/conversations/Transcript.h"
+#include "ScrivlyKit/export/ExportOptions.h"
+#include "ScrivlyKit/export/ExportStrings.h"
+#include "ScrivlyKit/export/Formatting.h"
+#include "ScrivlyKit/export/PaperSize.h"
+#include "ScrivlyKit/pdf/AttributedText.h"
+#include "ScrivlyKit/pdf/PDFExport.h"
+#include "ScrivlyKit/pdf/TextSetter.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace scrivly::pdf {
+
+using PDFExport::Rect;
+
+// One thing on a page. Pictures are held as JPEG bytes, never as decoded pixels.
+struct PageItem {
+    PDFExport::Placed::Kind kind = PDFExport::Placed::Kind::text;
+    Rect frame;
+    std::optional<Color> bar;
+    std::shared_ptr<const SetText> text; // text: lines [firstLine, firstLine + lineCount)
+    std::size_t firstLine = 0;
+    std::size_t lineCount = 0;
+    std::shared_ptr<const std::vector<std::uint8_t>> jpeg; // image
+    int pixelWidth = 0;
+    int pixelHeight = 0;
+};
+
+// A chrome text as drawn: a single line at a baseline.
+struct Chrome {
+    std::string role; // "header", "title", "page" or "bates"
+    std::string text;
+    TextStyle style;
+    double x = 0;
+    double baseline = 0;
+    LineMetrics metrics;
+};
+
+// The first pass of a PDF export: decides what goes on which page and where, measuring all text
+// with the text setter, and measures the chrome of every page. Used for one export only.
+class Layout {
+public:
+    static constexpr double kMargin = 54;
+    static constexpr Color kInk{0.08, 0.08, 0.08};
+    static constexpr Color kGray{0.42, 0.42, 0.42};
+    static constexpr Color kLight{0.78, 0.78, 0.78};
+    static constexpr Color kMeColor{0.0, 0.4, 0.85};
+
+    // Throws PDFExport::Failed when text cannot be set up.
+    Layout(const ExportOptions& options, const ExportStrings& strings, PDFExport::Progress progress,
+           std::stop_token stop);
+
+    // The whole first pass: the cover when the options ask for one, then the entries. Throws
+    // PDFExport::Cancelled when stopped.
+    void layOut(const Transcript& transcript);
+
+    const std::vector<std::vector<PageItem>>& pages() const { return m_pages; }
+    PageSize page() const { return m_page; }
+    int headerRows() const { return m_headerRows; }
+    int footerRows() const { return m_footerRows; }
+    bool pageAtLeft() const { return m_pageAtLeft; }
+    double textTop() const;
+    double bottomLimit() const;
+    const ExportOptions& options() const { return m_options; }
+    TextSetter& setter() { return m_setter; }
+
+    // The chrome of a page (0-based) of the finished document.
+    std::vector<Chrome> chrome(std::size_t pageIndex);
+
+    // Reports a fraction when its whole percentage differs from the last one reported.
+    void report(double fraction);
+    // Throws PDFExport::Cancelled when the export was stopped.
+    void checkCancelled() const;
+
+private:
+    struct Picture {
+        std::shared_ptr<const std::vector<std::uint8_t>> jpeg;
+        int width = 0;
+        int height = 0;
+    };
+
+    void measureChrome();
+    void layOutCover(const Transcript& transcript);
+    void layOutBody(const Transcript& transcript);
+    void layOutEntry(const TranscriptEntry& entry, std::optional<std::string>& previousDay);
+    void appendAttachment(const Attachment& attachment, AttributedText& block,
+                          std::vector<Picture>& pictures);
+    void placeText(double x, double width, double keep, AttributedText text,
+                   std::optional<Color> bar);
+    void placePicture(const Picture& picture, Color bar);
+    void placeRule(double y);
+    void newPage();
+    bool pageIsEmpty() const { return m_y == textTop(); }
+    Color colorOf(const TranscriptEntry& entry);
+    ParagraphStyle paragraphStyle(Alignment alignment, double spacingBefore, double spacing,
+                                  double lineSpacing);
+    std::string dateRangeText(const Transcript& transcript);
+
+    const Formatting::DateFormatter& dayFormat();
+    const Formatting::DateFormatter& timeFormat();
+    const Formatting::DateFormatter& shortDate();
+
+    ExportOptions m_options;
+    ExportStrings m_strings;
+    PageSize m_page;
+    PDFExport::Progress m_progress;
+    std::stop_token m_stop;
+    int m_headerRows = 0;
+    int m_footerRows = 1;
+    bool m_pageAtLeft = false;
+    std::vector<std::vector<PageItem>> m_pages;
+    double m_y = 0;
+    int m_reported = -1;
+    TextSetter m_setter;
+    // Keyed by alignment and the three spacings joined with "-".
+    std::map<std::string, ParagraphStyle> m_paragraphs;
+    std::map<std::string, Color> m_senderColors;
+    std::size_t m_nextPaletteColor = 0;
+    std::optional<Formatting::DateFormatter> m_dayFormat;
+    std::optional<Formatting::DateFormatter> m_timeFormat;
+    std::optional<Formatting::DateFormatter> m_shortDate;
+    std::vector<Chrome> m_headerLines; // the same on every page
+};
+
+} // namespace scrivly::pdf

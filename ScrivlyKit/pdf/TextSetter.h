@@ -1,0 +1,86 @@
+#pragma once
+
+#include "ScrivlyKit/pdf/AttributedText.h"
+#include "ScrivlyKit/pdf/CairoHandles.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace scrivly::pdf {
+
+// One laid-out line of a set text. Positions are in points from the text's left edge.
+struct LineBox {
+    std::size_t paragraph = 0; // index into the text's paragraphs
+    int lineInParagraph = 0;   // index of the line in its paragraph's layout
+    std::size_t start = 0;     // byte range of the line in the paragraph's text
+    std::size_t length = 0;
+    double x = 0;          // the line's origin (alignment and direction applied)
+    double spaceAbove = 0; // gap to the previous line, or the text's spacing before
+    double height = 0;     // logical height of the line
+    double ascent = 0;     // from the line's top to its baseline
+};
+
+// Text broken into lines at a width. The lines are what pages are made of: a page shows a run
+// of consecutive lines, never part of one.
+struct SetText {
+    AttributedText text;
+    double width = 0;
+    std::vector<LineBox> lines;
+
+    // Height of lines [first, first + count) stacked. Space above the first of them counts only
+    // when it is the text's first line: a continuation starts flush at the top of its page.
+    double height(std::size_t first, std::size_t count) const;
+    // Offset of each of those lines' tops from the top of their run, same rule.
+    std::vector<double> lineTops(std::size_t first, std::size_t count) const;
+    // The characters of those lines; a line break between paragraphs.
+    std::string characters(std::size_t first, std::size_t count) const;
+};
+
+// Typographic bounds of a single line, in points.
+struct LineMetrics {
+    double width = 0;
+    double ascent = 0;
+    double descent = 0;
+};
+
+// Shapes, breaks, measures and draws text with Pango on Cairo, in the fontconfig family
+// "sans-serif" (other fonts, emoji among them, by fallback). One per export: it owns a font map
+// and caches fonts. Not thread-safe. Throws PDFExport::Failed when Pango cannot be set up.
+class TextSetter {
+public:
+    // language: an ICU locale identifier; it guides the choice among fonts for Han characters.
+    explicit TextSetter(const std::string& language);
+    ~TextSetter();
+    TextSetter(const TextSetter&) = delete;
+    TextSetter& operator=(const TextSetter&) = delete;
+
+    SetText set(AttributedText text, double width);
+
+    // Draws lines [first, first + count) of a set text with the top of the first at (x, y).
+    void draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count, double x,
+              double y);
+
+    // A single line: no wrapping, line breaks shown as spaces.
+    LineMetrics measureLine(std::string_view text, const TextStyle& style);
+    void drawLine(cairo_t* cairo, std::string_view text, const TextStyle& style, double x,
+                  double baseline);
+
+    // The text when it fits into maxWidth; otherwise its longest start that fits with "…"
+    // appended, cut between characters as the user perceives them.
+    std::string truncated(std::string_view text, const TextStyle& style, double maxWidth);
+
+private:
+    PangoLayoutPtr makeLayout(const Paragraph& paragraph, double width);
+    PangoLayoutPtr makeLineLayout(std::string_view text, const TextStyle& style);
+    const PangoFontDescription* font(const TextStyle& style);
+
+    PangoFontMapPtr m_fontMap;
+    PangoContextPtr m_context;
+    // Keyed by size, bold and italic joined with "-" ("9.5-true-false").
+    std::map<std::string, FontDescriptionPtr> m_fonts;
+};
+
+} // namespace scrivly::pdf
