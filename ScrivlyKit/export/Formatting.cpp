@@ -51,11 +51,12 @@ std::int64_t floorDiv(std::int64_t value, std::int64_t divisor) {
     return (value % divisor != 0 && (value < 0) != (divisor < 0)) ? quotient - 1 : quotient;
 }
 
-// Seconds since 2001 limited to the years 0001 to 9999, so that a corrupt stored date cannot
-// overflow the integer conversions below (a NaN counts as the reference date).
+// Seconds since 2001 limited to the years 0001 to 9999 (a day inside, so that no zone offset
+// leaves them), so that a corrupt stored date cannot overflow the integer conversions below or
+// print a five-digit year. A NaN counts as the reference date.
 double clampedSeconds(Date date) {
-    constexpr double kFirst = -62135596800.0 - Date::kReferenceUnixSeconds; // 0001-01-01
-    constexpr double kLast = 253402300799.0 - Date::kReferenceUnixSeconds;  // 9999-12-31
+    constexpr double kFirst = -62135510400.0 - Date::kReferenceUnixSeconds; // 0001-01-02
+    constexpr double kLast = 253402214399.0 - Date::kReferenceUnixSeconds;  // 9999-12-30
     if (std::isnan(date.seconds)) {
         return 0;
     }

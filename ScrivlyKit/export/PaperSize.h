@@ -25,9 +25,9 @@ inline constexpr std::array<PaperSize, 2> kAll{PaperSize::letter, PaperSize::a4}
 inline constexpr std::array<double, 4> kSizes{612.0, 792.0, 595.28, 841.89};
 
 PageSize size(PaperSize paper);
-std::string rawValue(PaperSize paper);                     // "letter" or "a4"
+std::string rawValue(PaperSize paper);                       // "letter" or "a4"
 std::optional<PaperSize> fromRawValue(std::string_view raw); // nothing for an unknown value
-std::string displayName(PaperSize paper);                  // "US Letter" or "A4"
+std::string displayName(PaperSize paper);                    // "US Letter" or "A4"
 
 } // namespace Paper
 

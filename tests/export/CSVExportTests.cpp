@@ -1,0 +1,126 @@
+#include "ScrivlyKit/export/CSVExport.h"
+
+#include <gtest/gtest.h>
+
+namespace scrivly {
+namespace {
+
+const std::string kBOM = "\xEF\xBB\xBF";
+const std::string kZWSP = "\u200B";
+const std::string kHeader =
+    "Date,Time,Timestamp (ISO 8601),Sender,From Me,Text,Attachments,Reactions\r\n";
+
+Attachment attachment(const std::string& name) {
+    Attachment result;
+    result.name = name;
+    return result;
+}
+
+ExportOptions optionsIn(const std::string& zone) {
+    ExportOptions options;
+    options.timeZone = zone;
+    options.locale = "de_DE"; // the date and time cells must not follow the locale
+    return options;
+}
+
+TEST(CSVExport, EmptyTranscriptIsByteOrderMarkAndHeaderOnly) {
+    EXPECT_EQ(CSVExport::render(Transcript{}, optionsIn("UTC"), ExportStrings{}), kBOM + kHeader);
+}
+
+TEST(CSVExport, RendersEntriesByteForByte) {
+    Transcript transcript;
+    transcript.title = "Ana";
+
+    TranscriptEntry winter; // 2024-03-05 19:07:09 UTC, standard time in New York
+    winter.id = 1;
+    winter.date = Date::fromUnixSeconds(1709665629);
+    winter.sender = "+1 (555) 010-2233";
+    winter.text = "She said \"hi\", then left";
+    winter.attachments = {attachment("IMG_0001.HEIC"), attachment("notes.pdf")};
+    winter.reactions = {{"Me", ReactionKind::fixed(ReactionKind::Case::loved), true},
+                        {"Ana", ReactionKind::emojiReaction("\U0001F389"), false}};
+
+    TranscriptEntry summer; // 2024-07-04 13:05:03.9 UTC, daylight saving time in New York
+    summer.id = 2;
+    summer.date = Date::fromUnixSeconds(1720098303) + 0.9;
+    summer.sender = "Me";
+    summer.isFromMe = true;
+    summer.text = "line one\nline two";
+
+    transcript.entries = {winter, summer};
+
+    const std::string expected =
+        kBOM + kHeader +
+        "2024-03-05,14:07:09,2024-03-05T14:07:09-05:00,+1 (555) 010-2233,No,"
+        "\"She said \"\"hi\"\", then left\",IMG_0001.HEIC; notes.pdf,"
+        "Me: Loved \u00B7 Ana: \U0001F389\r\n"
+        "2024-07-04,09:05:03,2024-07-04T09:05:03-04:00,Me,Yes,\"line one\nline two\",,\r\n";
+    EXPECT_EQ(CSVExport::render(transcript, optionsIn("America/New_York"), ExportStrings{}),
+              expected);
+}
+
+TEST(CSVExport, UsesTheGivenStringsAndWritesZForUTC) {
+    ExportStrings strings;
+    strings.csvHeaders = {"Datum",   "Zeit", "Zeitstempel", "Absender",
+                          "Von mir", "Text", "Anhänge",     "Reaktionen"};
+    strings.yes = "Ja";
+    strings.reactionName = [](const ReactionKind& kind) {
+        return kind.isEmoji() ? kind.emoji : std::string("Gefällt");
+    };
+    TranscriptEntry entry;
+    entry.date = Date{0};
+    entry.sender = "Ich";
+    entry.isFromMe = true;
+    entry.text = "Hallo";
+    entry.reactions = {{"Ana", ReactionKind::fixed(ReactionKind::Case::liked), false}};
+    Transcript transcript;
+    transcript.entries = {entry};
+
+    EXPECT_EQ(CSVExport::render(transcript, optionsIn("Etc/UTC"), strings),
+              kBOM + "Datum,Zeit,Zeitstempel,Absender,Von mir,Text,Anhänge,Reaktionen\r\n" +
+                  "2001-01-01,00:00:00,2001-01-01T00:00:00Z,Ich,Ja,Hallo,,Ana: Gefällt\r\n");
+}
+
+TEST(CSVExport, RepairsInvalidUTF8) {
+    TranscriptEntry entry;
+    entry.sender = "B\xC3";
+    entry.text = "ok \xFF\xFE";
+    Transcript transcript;
+    transcript.entries = {entry};
+    const auto csv = CSVExport::render(transcript, optionsIn("UTC"), ExportStrings{});
+    EXPECT_NE(csv.find(",B\xEF\xBF\xBD,No,ok \xEF\xBF\xBD\xEF\xBF\xBD,"), std::string::npos) << csv;
+}
+
+TEST(CSVExport, EscapesCells) {
+    const struct {
+        std::string cell;
+        std::string expected;
+    } cases[] = {
+        {"", ""},
+        {"plain text", "plain text"},
+        {"=SUM(A1)", kZWSP + "=SUM(A1)"},
+        {"=1+2", kZWSP + "=1+2"},
+        {"-x", kZWSP + "-x"},
+        {"-5", "-5"},
+        {"+15550102233", "+15550102233"},
+        {"+1 (555) 010-2233", "+1 (555) 010-2233"},
+        {"+", kZWSP + "+"},
+        {"-", kZWSP + "-"},
+        {"@x", kZWSP + "@x"},
+        {"\tx", kZWSP + "\tx"},
+        {"\rx", "\"" + kZWSP + "\rx\""},
+        {"(555) 010", "(555) 010"},
+        {"a=b", "a=b"},
+        {"a,b", "\"a,b\""},
+        {"say \"hi\"", "\"say \"\"hi\"\"\""},
+        {"two\nlines", "\"two\nlines\""},
+        {"=a,b", "\"" + kZWSP + "=a,b\""},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.cell);
+        EXPECT_EQ(CSVExport::escape(row.cell), row.expected);
+    }
+}
+
+} // namespace
+} // namespace scrivly
