@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ScrivlyKit/records/Date.h"
 #include "ScrivlyKit/names/NameBook.h"
+#include "ScrivlyKit/records/Date.h"
 
 #include <string>
 #include <utility>
@@ -12,7 +12,7 @@ namespace scrivly::SampleDatabase {
 
 struct Info {
     std::string database; // folder + "/chat.db"
-    std::string home;      // folder + "/home"; stored "~/" attachment paths resolve against it
+    std::string home;     // folder + "/home"; stored "~/" attachment paths resolve against it
 };
 
 // Writes the sample history into folder (replacing what is there), with dates around now.

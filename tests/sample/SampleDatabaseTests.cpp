@@ -1,0 +1,322 @@
+#include "ScrivlyKit/sample/SampleDatabase.h"
+
+#include "ScrivlyKit/conversations/Conversation.h"
+#include "ScrivlyKit/conversations/Transcript.h"
+#include "ScrivlyKit/database/MessagesReader.h"
+#include "ScrivlyKit/database/SQLiteConnection.h"
+#include "ScrivlyKit/export/ImageConverter.h"
+#include "ScrivlyKit/records/AppleTime.h"
+#include "ScrivlyKit/sample/SampleWriter.h"
+#include "ScrivlyKit/text/TypedStream.h"
+#include "tests/support/TempDir.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace scrivly {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::UnorderedElementsAre;
+
+// A fixed instant keeps the days of the sample the same on every run: 2024-05-15 12:00 UTC.
+const Date kNow = Date::fromUnixSeconds(1715774400);
+
+// Runs a query on a finished sample database and returns its rows, each column as text.
+std::vector<std::vector<std::string>> rows(const std::string& database, const std::string& sql,
+                                           int columns) {
+    SQLiteConnection db(database, true, false);
+    std::vector<std::vector<std::string>> result;
+    db.query(sql, {}, [&](const SQLiteConnection::Row& row) {
+        std::vector<std::string> values;
+        for (int column = 0; column < columns; ++column) {
+            values.push_back(row.text(column).value_or("NULL"));
+        }
+        result.push_back(std::move(values));
+    });
+    return result;
+}
+
+// The sample written once, read back through the reader and grouped, as the application does.
+// Writing it takes seconds (the HEIC encoder is slow), so the tests of this suite share one copy
+// and only read it.
+class SampleHistory : public ::testing::Test {
+protected:
+    struct Shared {
+        testing::TempDir temp;
+        SampleDatabase::Info info;
+        MessagesReader reader;
+        std::vector<Chat> chats;
+        std::vector<Conversation> conversations;
+    };
+
+    static void SetUpTestSuite() {
+        shared = std::make_unique<Shared>();
+        shared->info = SampleDatabase::create(shared->temp.file("sample"), kNow);
+        shared->reader = MessagesReader{shared->info.database, shared->info.home,
+                                        shared->temp.file("snapshots")};
+        shared->chats = shared->reader.chats();
+        shared->conversations = Conversations::group(shared->chats, SampleDatabase::nameBook());
+    }
+    static void TearDownTestSuite() { shared.reset(); }
+
+    const Conversation& conversation(const std::string& title) const {
+        const auto found = std::find_if(conversations.begin(), conversations.end(),
+                                        [&](const Conversation& c) { return c.title == title; });
+        if (found == conversations.end()) {
+            throw std::runtime_error("no conversation titled " + title);
+        }
+        return *found;
+    }
+
+    Transcript transcript(const std::string& title) const {
+        const Conversation& c = conversation(title);
+        return Transcript::build(c.title, c.participants, reader.messages(c.chatIDs), std::nullopt,
+                                 std::nullopt, "Me", names);
+    }
+
+    static const TranscriptEntry& entry(const Transcript& transcript, const std::string& text) {
+        const auto found =
+            std::find_if(transcript.entries.begin(), transcript.entries.end(),
+                         [&](const TranscriptEntry& e) { return e.text.starts_with(text); });
+        if (found == transcript.entries.end()) {
+            throw std::runtime_error("no entry beginning " + text);
+        }
+        return *found;
+    }
+
+    static inline std::unique_ptr<Shared> shared;
+    const NameBook names = SampleDatabase::nameBook();
+    const SampleDatabase::Info& info = shared->info;
+    const MessagesReader& reader = shared->reader;
+    const std::vector<Chat>& chats = shared->chats;
+    const std::vector<Conversation>& conversations = shared->conversations;
+};
+
+TEST_F(SampleHistory, GroupsIntoFiveConversationsNewestFirst) {
+    EXPECT_EQ(chats.size(), 7U);
+    std::vector<std::string> titles;
+    for (const Conversation& c : conversations) {
+        titles.push_back(c.title);
+    }
+    // The empty chat is left out; the newest message is the bike shop's from yesterday.
+    EXPECT_THAT(titles, ElementsAre("+1 (555) 010-9988", "Maya Okafor", "Garden Club",
+                                    "Theo Lindqvist", "Priya Raman"));
+    for (const Conversation& c : conversations) {
+        SCOPED_TRACE(c.title);
+        ASSERT_TRUE(c.lastDate.has_value());
+        EXPECT_LT(*c.lastDate, kNow);
+        EXPECT_GT(*c.lastDate, kNow - 21 * 86400.0);
+    }
+}
+
+TEST_F(SampleHistory, MergesOnePersonsIMessageAndSMSChats) {
+    const Conversation& maya = conversation("Maya Okafor");
+    EXPECT_THAT(maya.services, ElementsAre("SMS", "iMessage"));
+    EXPECT_EQ(maya.chatIDs.size(), 2U);
+    EXPECT_FALSE(maya.isGroup);
+    EXPECT_EQ(maya.messageCount, 18);
+}
+
+TEST_F(SampleHistory, NamesPeopleWhoseNumbersAreWrittenDifferently) {
+    const Conversation& garden = conversation("Garden Club");
+    EXPECT_TRUE(garden.isGroup);
+    EXPECT_THAT(garden.participants,
+                UnorderedElementsAre("Maya Okafor", "Theo Lindqvist", "Priya Raman"));
+    EXPECT_THAT(conversation("Priya Raman").addresses, ElementsAre("+15550104455"));
+
+    const Transcript bikeShop = transcript("+1 (555) 010-9988");
+    ASSERT_EQ(bikeShop.entries.size(), 1U);
+    EXPECT_EQ(bikeShop.entries[0].sender, "+1 (555) 010-9988");
+    EXPECT_EQ(bikeShop.entries[0].text, "Your bike tune-up is done. Pick up any time before 6.");
+}
+
+TEST_F(SampleHistory, DecodesTextsKeptOnlyInTheArchivedBody) {
+    std::vector<std::string> guids;
+    SQLiteConnection db(info.database, true, false);
+    db.query("SELECT guid FROM message WHERE text IS NULL AND attributedBody IS NOT NULL", {},
+             [&](const SQLiteConnection::Row& row) { guids.push_back(*row.text(0)); });
+    ASSERT_GE(guids.size(), 2U);
+
+    std::vector<std::int64_t> allChats;
+    for (const Chat& chat : chats) {
+        allChats.push_back(chat.id);
+    }
+    std::map<std::string, std::string> textByGuid;
+    for (const Message& message : reader.messages(allChats)) {
+        textByGuid[message.guid] = message.text;
+    }
+    for (const std::string& guid : guids) {
+        SCOPED_TRACE(guid);
+        ASSERT_TRUE(textByGuid.contains(guid));
+        EXPECT_FALSE(textByGuid[guid].empty());
+    }
+    EXPECT_EQ(entry(transcript("Garden Club"), "Compost tea").text,
+              "Compost tea, twice a week. Works wonders.");
+}
+
+TEST_F(SampleHistory, FoldsReactionsUnderTheirMessages) {
+    const Transcript maya = transcript("Maya Okafor");
+    EXPECT_EQ(maya.entries.size(), 18U);
+    EXPECT_THAT(entry(maya, "Thanks again").reactions,
+                ElementsAre(ShownReaction{"Maya Okafor",
+                                          ReactionKind::fixed(ReactionKind::Case::loved), false}));
+
+    const Transcript garden = transcript("Garden Club");
+    EXPECT_EQ(garden.entries.size(), 8U);
+    EXPECT_THAT(
+        entry(garden, "Good morning, gardeners!").reactions,
+        ElementsAre(ShownReaction{"Me", ReactionKind::fixed(ReactionKind::Case::liked), true},
+                    ShownReaction{"Theo Lindqvist", ReactionKind::emojiReaction("🌱"), false}));
+    EXPECT_THAT(
+        entry(garden, "Here's the planting schedule").reactions,
+        ElementsAre(
+            ShownReaction{"Maya Okafor", ReactionKind::fixed(ReactionKind::Case::emphasized),
+                          false},
+            ShownReaction{"Priya Raman", ReactionKind::fixed(ReactionKind::Case::liked), false}));
+}
+
+TEST_F(SampleHistory, StoresPicturesUnderHomeAndLeavesThePDFMissing) {
+    const Transcript maya = transcript("Maya Okafor");
+    const Transcript garden = transcript("Garden Club");
+    struct Case {
+        std::string name;
+        const TranscriptEntry& entry;
+        std::string mimeType;
+        std::pair<int, int> size;
+    };
+    const Case pictures[] = {
+        {"IMG_4021.HEIC", entry(maya, "Sunrise from the dock"), "image/heic", {1600, 1200}},
+        {"seedlings.png", entry(garden, "Good morning, gardeners!"), "image/png", {800, 600}},
+    };
+    for (const Case& c : pictures) {
+        SCOPED_TRACE(c.name);
+        ASSERT_EQ(c.entry.attachments.size(), 1U);
+        const Attachment& picture = c.entry.attachments[0];
+        EXPECT_EQ(picture.name, c.name);
+        EXPECT_EQ(picture.mimeType, c.mimeType);
+        ASSERT_TRUE(picture.path.has_value());
+        EXPECT_TRUE(picture.path->starts_with(info.home + "/Library/Messages/Attachments/"));
+        ASSERT_TRUE(fs::exists(*picture.path));
+        EXPECT_EQ(picture.totalBytes, static_cast<std::int64_t>(fs::file_size(*picture.path)));
+        // The file is a real picture, whether written as HEIC or as the PNG fallback.
+        const auto jpeg = ImageConverter::jpegData(*picture.path, 1600, 0.82);
+        ASSERT_TRUE(jpeg.has_value());
+        EXPECT_EQ(ImageConverter::jpegSize(*jpeg), c.size);
+    }
+
+    const TranscriptEntry& schedule = entry(garden, "Here's the planting schedule");
+    ASSERT_EQ(schedule.attachments.size(), 1U);
+    const Attachment& pdf = schedule.attachments[0];
+    EXPECT_EQ(pdf.name, "planting-schedule.pdf");
+    EXPECT_EQ(pdf.mimeType, "application/pdf");
+    EXPECT_EQ(pdf.totalBytes, SampleDatabase::Writer::kMissingFileBytes);
+    ASSERT_TRUE(pdf.path.has_value());
+    EXPECT_FALSE(fs::exists(*pdf.path));
+}
+
+TEST_F(SampleHistory, LinksEveryReactionToAnEarlierMessageOfItsChat) {
+    const auto reactions = rows(info.database,
+                                "SELECT r.associated_message_guid, r.associated_message_type,\n"
+                                "       (SELECT COUNT(*) FROM message t\n"
+                                "        JOIN chat_message_join tj ON tj.message_id = t.ROWID\n"
+                                "        WHERE 'p:0/' || t.guid = r.associated_message_guid\n"
+                                "          AND tj.chat_id = rj.chat_id AND t.date < r.date)\n"
+                                "FROM message r JOIN chat_message_join rj ON rj.message_id = "
+                                "r.ROWID\n"
+                                "WHERE r.associated_message_type != 0",
+                                3);
+    ASSERT_EQ(reactions.size(), 5U);
+    bool emoji = false;
+    for (const auto& reaction : reactions) {
+        SCOPED_TRACE(reaction[0]);
+        EXPECT_EQ(reaction[2], "1");
+        const int type = std::stoi(reaction[1]);
+        EXPECT_GE(type, 2000);
+        EXPECT_LE(type, 2006);
+        emoji = emoji || type == 2006;
+    }
+    EXPECT_TRUE(emoji);
+}
+
+TEST_F(SampleHistory, StoresLayoutOfARealDatabase) {
+    // Guids and timestamps as a current Messages version writes them.
+    const auto messages =
+        rows(info.database, "SELECT guid, date, date_read, date_delivered FROM message", 4);
+    ASSERT_FALSE(messages.empty());
+    EXPECT_EQ(messages[0][0], "5A3F0C2E-0000-4000-8000-000000000001");
+    for (const auto& message : messages) {
+        SCOPED_TRACE(message[0]);
+        EXPECT_TRUE(std::regex_match(message[0], std::regex("5A3F0C2E-0000-4000-8000-\\d{12}")));
+        EXPECT_GT(std::stoll(message[1]), AppleTime::kSecondsLimit) << "nanoseconds";
+        EXPECT_EQ(message[2], message[1]);
+        EXPECT_EQ(message[3], message[1]);
+    }
+
+    EXPECT_THAT(rows(info.database, "SELECT guid FROM chat WHERE style = 43", 1),
+                ElementsAre(ElementsAre("iMessage;+;chat408812345")));
+    EXPECT_THAT(rows(info.database, "SELECT guid FROM chat WHERE guid LIKE '%0102233'", 1),
+                UnorderedElementsAre(ElementsAre("iMessage;-;+15550102233"),
+                                     ElementsAre("SMS;-;+15550102233")));
+
+    // Each attachment sits in the two-digit folder of the guid count before its own guid.
+    for (const auto& attachment :
+         rows(info.database, "SELECT guid, filename, transfer_state FROM attachment", 3)) {
+        SCOPED_TRACE(attachment[1]);
+        std::smatch match;
+        ASSERT_TRUE(std::regex_match(attachment[1], match,
+                                     std::regex("~/Library/Messages/Attachments/(\\d\\d)/.+")));
+        const int counter = std::stoi(attachment[0].substr(attachment[0].size() - 12));
+        EXPECT_EQ(std::stoi(match[1]), (counter - 1) % 100);
+        EXPECT_EQ(attachment[2], "5");
+    }
+}
+
+TEST(SampleDatabase, WritingTwiceReplacesTheFolderWithTheSameHistory) {
+    testing::TempDir temp;
+    const std::string folder = temp.file("sample");
+    const auto guids = [](const std::string& database) {
+        return rows(database,
+                    "SELECT guid FROM message UNION ALL SELECT guid FROM attachment ORDER BY 1", 1);
+    };
+
+    const auto first = SampleDatabase::create(folder, kNow);
+    const auto firstGuids = guids(first.database);
+    std::ofstream(folder + "/leftover.txt") << "from an earlier run";
+
+    const auto second = SampleDatabase::create(folder, kNow);
+    EXPECT_EQ(second.database, first.database);
+    EXPECT_EQ(second.home, first.home);
+    EXPECT_EQ(guids(second.database), firstGuids);
+    EXPECT_FALSE(fs::exists(folder + "/leftover.txt"));
+    EXPECT_EQ(rows(second.database, "SELECT COUNT(*) FROM chat", 1)[0][0], "7");
+}
+
+TEST(SampleDatabase, ThrowsWhenTheFolderCannotBeMade) {
+    testing::TempDir temp;
+    std::ofstream(temp.file("file")) << "not a folder";
+    EXPECT_THROW(SampleDatabase::create(temp.file("file") + "/sample", kNow), fs::filesystem_error);
+}
+
+TEST(SampleDatabase, PeopleMatchTheSampleHandles) {
+    const NameBook names = SampleDatabase::nameBook();
+    EXPECT_EQ(names.count(), 3U);
+    EXPECT_EQ(names.display("+15550102233"), "Maya Okafor");
+    EXPECT_EQ(names.display("+15550104455"), "Priya Raman");
+    EXPECT_EQ(names.display("Theo.Lindqvist@example.com"), "Theo Lindqvist");
+    EXPECT_EQ(SampleDatabase::people()[0].first, "+1 (555) 010-2233");
+    EXPECT_EQ(SampleDatabase::people()[2].first, "+1 555 010 4455");
+}
+
+} // namespace
+} // namespace scrivly
