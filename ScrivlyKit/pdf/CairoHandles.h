@@ -9,6 +9,8 @@ typedef struct _PangoContext PangoContext;
 typedef struct _PangoFontMap PangoFontMap;
 typedef struct _PangoLayout PangoLayout;
 typedef struct _PangoFontDescription PangoFontDescription;
+typedef struct _PangoLayoutLine PangoLayoutLine;
+typedef struct _PangoGlyphItem PangoGlyphItem;
 
 namespace scrivly::pdf {
 

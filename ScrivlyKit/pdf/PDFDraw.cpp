@@ -87,6 +87,7 @@ void drawPage(Layout& layout, cairo_t* cairo, std::size_t index) {
         drawRule(cairo, Layout::kMargin, (layout.headerRows() - 1) * 11 + 66,
                  page.width - 2 * Layout::kMargin);
     }
+    const PageItem* previous = nullptr;
     for (const PageItem& item : layout.pages()[index]) {
         switch (item.kind) {
         case Kind::text:
@@ -98,7 +99,15 @@ void drawPage(Layout& layout, cairo_t* cairo, std::size_t index) {
             break;
         case Kind::image:
             if (item.bar) {
-                drawBar(cairo, item.frame, *item.bar, 0);
+                // Under its message's text or picture the bar runs on across the gap.
+                const bool joined = previous != nullptr && previous->bar == item.bar &&
+                                    previous->kind != Kind::rule;
+                Rect frame = item.frame;
+                if (joined) {
+                    frame.height += frame.y - previous->frame.bottom();
+                    frame.y = previous->frame.bottom();
+                }
+                drawBar(cairo, frame, *item.bar, 0);
             }
             drawPicture(cairo, item);
             break;
@@ -106,6 +115,7 @@ void drawPage(Layout& layout, cairo_t* cairo, std::size_t index) {
             drawRule(cairo, item.frame.x, item.frame.y, item.frame.width);
             break;
         }
+        previous = &item;
     }
 }
 

@@ -366,9 +366,10 @@ void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string
             placeRule(m_y + 8);
             m_y += 6;
         }
+        // The spacing before keeps the day clear of the rule above it.
         AttributedText dayLine;
         dayLine.append(day, TextStyle{9.5, true, false, kGray},
-                       paragraphStyle(Alignment::center, 0, 0, 1.5));
+                       paragraphStyle(Alignment::center, 6, 0, 1.5));
         placeText(kMargin, textWidth, 60, std::move(dayLine), std::nullopt);
         m_y += 4;
         previousDay = std::move(day);
@@ -378,8 +379,9 @@ void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string
     AttributedText block;
     const ParagraphStyle senderParagraph = paragraphStyle(Alignment::natural, 7, 0, 1.5);
     block.append(entry.sender, TextStyle{10, true, false, color}, senderParagraph);
-    block.append("   " + timeFormat().format(entry.date), TextStyle{8.5, false, false, kGray},
-                 senderParagraph);
+    // The time is isolated so that a right-to-left name cannot reorder its parts ("AM 9:51").
+    block.append("   \u2068" + timeFormat().format(entry.date) + "\u2069",
+                 TextStyle{8.5, false, false, kGray}, senderParagraph);
     block.endParagraph();
     if (!entry.text.empty()) {
         block.append(entry.text, TextStyle{10.5, false, false, kInk},

@@ -20,8 +20,6 @@
 
 namespace scrivly::pdf {
 
-using PDFExport::Rect;
-
 // One thing on a page. Pictures are held as JPEG bytes, never as decoded pixels.
 struct PageItem {
     PDFExport::Placed::Kind kind = PDFExport::Placed::Kind::text;

@@ -2,6 +2,7 @@
 
 #include "ScrivlyKit/text/Unicode.h"
 
+#include <cairo-ft.h>
 #include <cairo.h>
 #include <pango/pangocairo.h>
 
@@ -252,9 +253,132 @@ void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, st
         if (line == nullptr) {
             continue;
         }
-        cairo_move_to(cairo, x + box.x, y + tops[offset] + box.ascent);
-        pango_cairo_show_layout_line(cairo, line);
+        showLine(cairo, line, x + box.x, y + tops[offset] + box.ascent);
     }
+}
+
+namespace {
+
+// Colour glyphs are drawn at this many pixels per point: about 430 pixels per inch.
+constexpr double kColorGlyphScale = 6;
+
+bool isColorFont(PangoFont* font) {
+    cairo_scaled_font_t* scaled = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font));
+    if (scaled == nullptr || cairo_scaled_font_get_type(scaled) != CAIRO_FONT_TYPE_FT) {
+        return false;
+    }
+    FT_Face face = cairo_ft_scaled_font_lock_face(scaled);
+    const bool color = face != nullptr && FT_HAS_COLOR(face);
+    cairo_ft_scaled_font_unlock_face(scaled);
+    return color;
+}
+
+// The foreground colour attribute of a run, when it has one.
+void setRunColor(cairo_t* cairo, const PangoGlyphItem* run) {
+    for (GSList* node = run->item->analysis.extra_attrs; node != nullptr; node = node->next) {
+        const auto* attribute = static_cast<const PangoAttribute*>(node->data);
+        if (attribute->klass->type == PANGO_ATTR_FOREGROUND) {
+            const PangoColor& color = reinterpret_cast<const PangoAttrColor*>(attribute)->color;
+            cairo_set_source_rgb(cairo, color.red / 65535.0, color.green / 65535.0,
+                                 color.blue / 65535.0);
+            return;
+        }
+    }
+}
+
+struct GlyphItemDeleter {
+    void operator()(PangoGlyphItem* item) const noexcept { pango_glyph_item_free(item); }
+};
+
+} // namespace
+
+void TextSetter::showLine(cairo_t* cairo, PangoLayoutLine* line, double x, double baseline) {
+    const char* text = pango_layout_get_text(line->layout);
+    double runX = x;
+    for (GSList* node = line->runs; node != nullptr; node = node->next) {
+        auto* run = static_cast<PangoGlyphItem*>(node->data);
+        setRunColor(cairo, run);
+        if (isColorFont(run->item->analysis.font)) {
+            showColorRun(cairo, text, run, runX, baseline);
+        } else {
+            cairo_move_to(cairo, runX, baseline);
+            pango_cairo_show_glyph_item(cairo, text, run);
+        }
+        runX += points(pango_glyph_string_get_width(run->glyphs));
+    }
+}
+
+// Cairo can put colour glyphs into a PDF only as pictures at one pixel per point, which prints
+// blurred. So the run is drawn as a sharper picture of its own, and its characters go underneath
+// in the text font, all but transparent, so that the emoji stay searchable and selectable.
+void TextSetter::showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
+                              double baseline) {
+    PangoRectangle ink;
+    pango_glyph_string_extents(run->glyphs, run->item->analysis.font, &ink, nullptr);
+    const Rect bounds{points(ink.x) - 1, points(ink.y) - 1, points(ink.width) + 2,
+                      points(ink.height) + 2};
+    if (cairo_surface_t* image = colorRunImage(run, bounds)) {
+        cairo_save(cairo);
+        cairo_translate(cairo, x + bounds.x, baseline + bounds.y);
+        cairo_scale(cairo, 1 / kColorGlyphScale, 1 / kColorGlyphScale);
+        cairo_set_source_surface(cairo, image, 0, 0);
+        cairo_paint(cairo);
+        cairo_restore(cairo);
+    }
+
+    FontDescriptionPtr plain(pango_font_describe(run->item->analysis.font));
+    pango_font_description_set_family(plain.get(), "sans-serif");
+    PangoFont* plainFont = pango_font_map_load_font(m_fontMap.get(), m_context.get(), plain.get());
+    if (plainFont == nullptr) {
+        return;
+    }
+    const std::unique_ptr<PangoGlyphItem, GlyphItemDeleter> hidden(pango_glyph_item_copy(run));
+    g_object_unref(hidden->item->analysis.font);
+    hidden->item->analysis.font = plainFont; // the copy owns the reference now
+    // Glyph numbers of the colour font mean nothing in the text font: all become its glyph 0,
+    // and the characters travel with them as the PDF's actual text.
+    for (int index = 0; index < hidden->glyphs->num_glyphs; ++index) {
+        hidden->glyphs->glyphs[index].glyph = 0;
+    }
+    cairo_save(cairo);
+    cairo_set_source_rgba(cairo, 0, 0, 0, 1.0 / 255);
+    cairo_move_to(cairo, x, baseline);
+    pango_cairo_show_glyph_item(cairo, text, hidden.get());
+    cairo_restore(cairo);
+}
+
+cairo_surface_t* TextSetter::colorRunImage(PangoGlyphItem* run, const Rect& bounds) {
+    FontDescriptionPtr description(pango_font_describe(run->item->analysis.font));
+    char* describedFont = pango_font_description_to_string(description.get());
+    std::string key = describedFont;
+    g_free(describedFont);
+    for (int index = 0; index < run->glyphs->num_glyphs; ++index) {
+        const PangoGlyphInfo& glyph = run->glyphs->glyphs[index];
+        key += " " + std::to_string(glyph.glyph) + ":" + std::to_string(glyph.geometry.width) +
+               ":" + std::to_string(glyph.geometry.x_offset) + ":" +
+               std::to_string(glyph.geometry.y_offset);
+    }
+    auto found = m_colorRuns.find(key);
+    if (found != m_colorRuns.end()) {
+        return found->second.get();
+    }
+    const int width = static_cast<int>(std::ceil(bounds.width * kColorGlyphScale));
+    const int height = static_cast<int>(std::ceil(bounds.height * kColorGlyphScale));
+    if (width <= 0 || height <= 0) {
+        return nullptr;
+    }
+    CairoSurfacePtr image(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+    if (cairo_surface_status(image.get()) != CAIRO_STATUS_SUCCESS) {
+        return nullptr;
+    }
+    {
+        const CairoPtr painter(cairo_create(image.get()));
+        cairo_scale(painter.get(), kColorGlyphScale, kColorGlyphScale);
+        cairo_move_to(painter.get(), -bounds.x, -bounds.y);
+        pango_cairo_show_glyph_string(painter.get(), run->item->analysis.font, run->glyphs);
+    }
+    cairo_surface_flush(image.get());
+    return m_colorRuns.emplace(std::move(key), std::move(image)).first->second.get();
 }
 
 PangoLayoutPtr TextSetter::makeLineLayout(std::string_view text, const TextStyle& style) {
@@ -277,8 +401,9 @@ LineMetrics TextSetter::measureLine(std::string_view text, const TextStyle& styl
 void TextSetter::drawLine(cairo_t* cairo, std::string_view text, const TextStyle& style, double x,
                           double baseline) {
     const PangoLayoutPtr layout = makeLineLayout(text, style);
-    cairo_move_to(cairo, x, baseline - points(pango_layout_get_baseline(layout.get())));
-    pango_cairo_show_layout(cairo, layout.get());
+    if (PangoLayoutLine* line = pango_layout_get_line_readonly(layout.get(), 0)) {
+        showLine(cairo, line, x, baseline);
+    }
 }
 
 std::string TextSetter::truncated(std::string_view text, const TextStyle& style, double maxWidth) {

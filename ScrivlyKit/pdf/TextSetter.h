@@ -2,6 +2,7 @@
 
 #include "ScrivlyKit/pdf/AttributedText.h"
 #include "ScrivlyKit/pdf/CairoHandles.h"
+#include "ScrivlyKit/pdf/PDFExport.h"
 
 #include <cstddef>
 #include <map>
@@ -10,6 +11,8 @@
 #include <vector>
 
 namespace scrivly::pdf {
+
+using PDFExport::Rect;
 
 // One laid-out line of a set text. Positions are in points from the text's left edge.
 struct LineBox {
@@ -73,6 +76,10 @@ public:
     std::string truncated(std::string_view text, const TextStyle& style, double maxWidth);
 
 private:
+    void showLine(cairo_t* cairo, PangoLayoutLine* line, double x, double baseline);
+    void showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
+                      double baseline);
+    cairo_surface_t* colorRunImage(PangoGlyphItem* run, const Rect& bounds);
     PangoLayoutPtr makeLayout(const Paragraph& paragraph, double width);
     PangoLayoutPtr makeLineLayout(std::string_view text, const TextStyle& style);
     const PangoFontDescription* font(const TextStyle& style);
@@ -81,6 +88,9 @@ private:
     PangoContextPtr m_context;
     // Keyed by size, bold and italic joined with "-" ("9.5-true-false").
     std::map<std::string, FontDescriptionPtr> m_fonts;
+    // Colour glyphs (emoji) drawn once at print resolution and reused, so the PDF holds each
+    // picture once. Keyed by font and glyphs.
+    std::map<std::string, CairoSurfacePtr> m_colorRuns;
 };
 
 } // namespace scrivly::pdf
