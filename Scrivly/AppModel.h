@@ -1,0 +1,281 @@
+#pragma once
+
+#include "Scrivly/AppSettings.h"
+#include "Scrivly/ExportForm.h"
+#include "Scrivly/Platform.h"
+#include "Scrivly/RenderKey.h"
+#include "ScrivlyKit/conversations/Conversation.h"
+#include "ScrivlyKit/conversations/DayBounds.h"
+#include "ScrivlyKit/conversations/Transcript.h"
+#include "ScrivlyKit/database/MessagesReader.h"
+#include "ScrivlyKit/export/ExportOptions.h"
+#include "ScrivlyKit/export/ExportStrings.h"
+#include "ScrivlyKit/pdf/PDFExport.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <QThreadPool>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+class QSettings;
+
+namespace scrivly {
+
+class SampleHistory;
+
+// The one state object of the application: what the screens show and every operation they
+// trigger. Lives on the main thread and must only be used there. Reading the database, reading
+// contacts and making PDFs run on the model's own worker threads; their results come back to the
+// main thread and are dropped when a newer load, selection or rendering has superseded them.
+// Each observable field has a getter and a change signal.
+class AppModel : public QObject {
+    Q_OBJECT
+
+public:
+    // Where the start-up flow stands; failed carries failureMessage().
+    enum class Phase { failed, checking, needsAccess, noHistory, loading, ready };
+    Q_ENUM(Phase)
+    // The modal panel over the main window.
+    enum class Sheet { welcome, exportPanel, preview };
+    Q_ENUM(Sheet)
+    enum class ContactsAccess { notAsked, granted, denied };
+    Q_ENUM(ContactsAccess)
+    // Which Messages history is read: the user's own, a database file they chose, or the
+    // made-up sample.
+    enum class DatabaseSource { standard, file, sample };
+    Q_ENUM(DatabaseSource)
+
+    struct LastRender {
+        RenderKey key;
+        Date madeAt;
+        PDFExport::Result result;
+    };
+
+    // A finished PDF is reused for an equal key for less than this many seconds.
+    static constexpr double kReuseSeconds = 900;
+    // Preferences key of the database file the user chose (outside the "settings" document).
+    static constexpr const char* kDatabasePathKey = "databasePath";
+    // Used when the running application does not name itself.
+    static constexpr const char* kBundleIdentifier = "com.scrivly.Scrivly";
+    static constexpr const char* kFullDiskAccessURL =
+        "x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles";
+    static constexpr const char* kContactsURL =
+        "x-apple.systempreferences:com.apple.preference.security?Privacy_Contacts";
+
+    // Loads the settings and the remembered database choice from store. Both references must
+    // outlive the model. Nothing is read until start().
+    AppModel(Platform& platform, QSettings& store, QObject* parent = nullptr);
+    // Stops a rendering under way and waits for the worker threads.
+    ~AppModel() override;
+
+    // Observable state.
+    Phase phase() const { return m_phase; }
+    const QString& failureMessage() const { return m_failureMessage; }
+    const std::vector<Conversation>& conversations() const { return m_conversations; }
+    const std::optional<std::string>& selection() const { return m_selection; }
+    const QString& search() const { return m_search; }
+    std::optional<Sheet> sheet() const { return m_sheet; }
+    const std::optional<QString>& problem() const { return m_problem; }
+    const AppSettings& settings() const { return m_settings; }
+    ContactsAccess contacts() const { return m_contacts; }
+    const NameBook& names() const { return m_names; }
+    const std::vector<Message>& messages() const { return m_messages; }
+    bool loadingMessages() const { return m_loadingMessages; }
+    const std::optional<Transcript>& transcript() const { return m_transcript; }
+    bool useFrom() const { return m_useFrom; }
+    bool useTo() const { return m_useTo; }
+    Date from() const { return m_from; }
+    Date to() const { return m_to; }
+    const ExportForm& form() const { return m_form; }
+    bool exporting() const { return m_exporting; }
+    std::optional<double> renderProgress() const { return m_renderProgress; }
+    const std::optional<QString>& lastExport() const { return m_lastExport; }
+    const std::optional<QByteArray>& previewData() const { return m_previewData; }
+    DatabaseSource databaseSource() const { return m_source; }
+
+    // Internal state, readable for inspection.
+    const std::optional<MessagesReader>& database() const { return m_database; }
+    const std::vector<Chat>& chats() const { return m_chats; }
+    std::uint64_t loadToken() const { return m_loadToken; }
+    const std::optional<LastRender>& lastRender() const { return m_lastRender; }
+
+    // Derived values.
+    // conversations narrowed by search, in their order.
+    std::vector<Conversation> filteredConversations() const;
+    std::optional<Conversation> selectedConversation() const;
+    // The database file of the source in force.
+    QString databasePath() const;
+    // Whole-day bounds in force, in the platform's time zone.
+    DayBounds::Range bounds() const;
+    // The name of the user's own messages: myName trimmed, else "Me".
+    QString myDisplayName() const;
+    ExportOptions exportOptions() const;
+    // Built afresh on each call, so a change of language or name shows at once.
+    ExportStrings exportStrings() const;
+    RenderKey renderKey() const;
+    // The name the save panel proposes, such as "Book Club – Messages.pdf".
+    QString defaultFileName(ExportKind kind) const;
+    // Where reads make their snapshots.
+    QString snapshotFolder() const;
+    // The running application's reverse-domain identifier, or kBundleIdentifier.
+    static QString bundleIdentifier();
+
+    // Setters for what the screens edit.
+    void setSearch(const QString& search);
+    // Saved at once.
+    void setSettings(const AppSettings& settings);
+    void setUseFrom(bool useFrom);
+    void setUseTo(bool useTo);
+    void setFrom(Date from);
+    void setTo(Date to);
+    void setForm(const ExportForm& form);
+
+    // Selects a conversation (or none) and reads its messages.
+    void select(const std::optional<std::string>& id);
+
+    // Reads the database file at path from now on and remembers it for later launches; its home
+    // folder is the one above Library when the path ends in Library/Messages/chat.db.
+    void openDatabaseFile(const QString& path);
+    // Reads the made-up sample history (written once into a private temporary folder).
+    void openSample();
+    // Reads the user's own Messages history again and forgets a chosen file.
+    void useStandardDatabase();
+
+public slots:
+    // At launch: clears leftover snapshots, then checks access and loads when granted.
+    void start();
+    // Checks access again while access or history is missing; otherwise does nothing.
+    void applicationBecameActive();
+    // Checks access and reads the chat list again.
+    void reload();
+    void requestContacts();
+    void openFullDiskAccessSettings();
+    void openContactsSettings();
+    void showExport();
+    // Renders (or reuses) the PDF, then shows it.
+    void showPreview();
+    void showWelcome();
+    // "Get Started": marks the welcome sheet as seen and closes it.
+    void finishOnboarding();
+    // Closes the sheet, cancelling a rendering under way.
+    void dismissSheet();
+    void dismissProblem();
+    // Ask for a destination, then write the file.
+    void exportPDF();
+    void exportCSV();
+    // Stops the rendering under way; nothing is kept from it.
+    void cancelRender();
+    void showInFinder();
+
+signals:
+    void phaseChanged();
+    void conversationsChanged();
+    void selectionChanged();
+    void searchChanged();
+    void sheetChanged();
+    void problemChanged();
+    void settingsChanged();
+    void contactsChanged();
+    void namesChanged();
+    void messagesChanged();
+    void loadingMessagesChanged();
+    void transcriptChanged();
+    void useFromChanged();
+    void useToChanged();
+    void fromChanged();
+    void toChanged();
+    void formChanged();
+    void exportingChanged();
+    void renderProgressChanged();
+    void lastExportChanged();
+    void previewDataChanged();
+    void databaseSourceChanged();
+
+private:
+    struct RenderTask {
+        std::stop_source stop;
+        std::uint64_t token = 0;
+    };
+
+    MessagesReader readerForSource() const;
+    void removeLeftoverSnapshots();
+    void checkAccess();
+    void load();
+    void switchSource(DatabaseSource source, const QString& path);
+    void regroup(bool chatsReread);
+    void loadMessages();
+    void clearMessages();
+    void rebuildTranscript();
+    void refreshContacts();
+    void loadNames();
+    void renderPDF(std::function<void(const PDFExport::Result&)> done,
+                   std::function<void(const QString&)> failed);
+    void save(const QString& path, const QByteArray& data);
+
+    void setPhase(Phase phase, const QString& message = {});
+    void setConversations(std::vector<Conversation> conversations);
+    void setSelection(const std::optional<std::string>& selection);
+    void setSheet(std::optional<Sheet> sheet);
+    void setProblem(const std::optional<QString>& problem);
+    void setContacts(ContactsAccess contacts);
+    void setNames(NameBook names);
+    void setLoadingMessages(bool loading);
+    void setExporting(bool exporting);
+    void setRenderProgress(std::optional<double> progress);
+    void setLastExport(const std::optional<QString>& path);
+    void setPreviewData(const std::optional<QByteArray>& data);
+
+    Platform& m_platform;
+    QSettings& m_store;
+
+    Phase m_phase = Phase::checking;
+    QString m_failureMessage;
+    std::vector<Conversation> m_conversations;
+    std::optional<std::string> m_selection;
+    QString m_search;
+    std::optional<Sheet> m_sheet;
+    std::optional<QString> m_problem;
+    AppSettings m_settings;
+    ContactsAccess m_contacts = ContactsAccess::notAsked;
+    NameBook m_names;
+    std::vector<Message> m_messages;
+    bool m_loadingMessages = false;
+    std::optional<Transcript> m_transcript;
+    bool m_useFrom = false;
+    bool m_useTo = false;
+    Date m_from;
+    Date m_to;
+    ExportForm m_form;
+    bool m_exporting = false;
+    std::optional<double> m_renderProgress;
+    std::optional<QString> m_lastExport;
+    std::optional<QByteArray> m_previewData;
+    std::optional<RenderTask> m_renderTask;
+    std::optional<LastRender> m_lastRender;
+    std::optional<MessagesReader> m_database;
+    std::vector<Chat> m_chats;
+    std::uint64_t m_loadToken = 0;
+
+    DatabaseSource m_source = DatabaseSource::standard;
+    QString m_filePath;                      // the chosen file, for DatabaseSource::file
+    std::shared_ptr<SampleHistory> m_sample; // made on first use, shared with loading tasks
+    bool m_started = false;
+    bool m_messagesRead = false;                 // m_messages holds the selection's messages
+    std::vector<std::int64_t> m_messagesChatIDs; // the chats they were read from
+    std::uint64_t m_messagesRequest = 0;
+    std::uint64_t m_namesToken = 0;
+    std::uint64_t m_renderToken = 0;
+
+    // Last, so that it is destroyed first: its destructor waits for the tasks.
+    QThreadPool m_pool;
+};
+
+} // namespace scrivly
