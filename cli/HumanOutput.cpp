@@ -1,0 +1,244 @@
+#include "cli/HumanOutput.h"
+
+#include "cli/Table.h"
+#include "cli/TerminalText.h"
+
+#include "ScrivlyKit/export/ReactionSummary.h"
+#include "ScrivlyKit/records/Reaction.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <ostream>
+#include <unistd.h>
+
+namespace scrivly::cli {
+
+namespace {
+
+std::string joined(const std::vector<std::string>& parts, const std::string& separator) {
+    std::string result;
+    for (const auto& part : parts) {
+        if (!result.empty()) {
+            result += separator;
+        }
+        result += part;
+    }
+    return result;
+}
+
+// A path the user can paste into a shell.
+std::string shellQuoted(const std::string& path) {
+    if (path.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                               "/._-+") == std::string::npos) {
+        return path;
+    }
+    std::string quoted = "'";
+    for (char c : path) {
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return quoted + "'";
+}
+
+// What a reaction row of the raw message list does: "liked", "removed liked", "😀".
+std::string reactionDescription(const Message& message) {
+    const auto kind = ReactionKind::fromType(message.reactionType, message.reactionEmoji);
+    std::string name = kind ? (kind->isEmoji() ? kind->emoji : kind->caseName())
+                            : "reaction " + std::to_string(message.reactionType);
+    if (message.reactionType >= 3000) {
+        name = "removed " + name;
+    }
+    return "↳ " + name + " on " + message.reactionTarget.value_or("?");
+}
+
+} // namespace
+
+bool wantsStyle(int descriptor) {
+    const char* noColor = std::getenv("NO_COLOR");
+    const char* term = std::getenv("TERM");
+    return ::isatty(descriptor) == 1 && (noColor == nullptr || *noColor == '\0') &&
+           (term == nullptr || std::strcmp(term, "dumb") != 0);
+}
+
+HumanOutput::HumanOutput(std::ostream& out, const std::string& timeZone, const std::string& locale,
+                         bool styled)
+    : m_out(out), m_timeZone(timeZone), m_locale(locale), m_styled(styled),
+      m_shortDate(Formatting::DateFormatter::Style::shortDate, timeZone, locale),
+      m_time(Formatting::DateFormatter::Style::time, timeZone, locale),
+      m_day(Formatting::DateFormatter::Style::day, timeZone, locale) {}
+
+std::string HumanOutput::dateTime(Date date) const {
+    return m_shortDate.format(date) + " " + m_time.format(date);
+}
+
+std::string HumanOutput::dateTime(const std::optional<Date>& date) const {
+    return date ? dateTime(*date) : std::string("–");
+}
+
+std::string HumanOutput::bold(const std::string& text) const {
+    return m_styled ? "\x1b[1m" + text + "\x1b[0m" : text;
+}
+
+std::string HumanOutput::dim(const std::string& text) const {
+    return m_styled ? "\x1b[2m" + text + "\x1b[0m" : text;
+}
+
+void HumanOutput::chats(const std::vector<Chat>& chats) {
+    if (chats.empty()) {
+        m_out << "No chats.\n";
+        return;
+    }
+    Table table({{"ID", Table::Align::right},
+                 {"SERVICE"},
+                 {"KIND"},
+                 {"MESSAGES", Table::Align::right},
+                 {"LAST MESSAGE"},
+                 {"CHAT"},
+                 {"MEMBERS"}});
+    for (const auto& chat : chats) {
+        std::vector<std::string> members;
+        for (const auto& handle : chat.handles) {
+            members.push_back(handle.address);
+        }
+        std::string name = chat.identifier;
+        if (chat.displayName) {
+            name = "“" + *chat.displayName + "” " + chat.identifier;
+        }
+        table.add({std::to_string(chat.id), chat.service, chat.isGroup ? "group" : "one-to-one",
+                   Formatting::integer(chat.messageCount, m_locale), dateTime(chat.lastDate), name,
+                   joined(members, ", ")});
+    }
+    table.print(m_out, m_styled);
+}
+
+void HumanOutput::messages(const std::vector<Message>& messages, const std::string& me) {
+    if (messages.empty()) {
+        m_out << "No messages.\n";
+        return;
+    }
+    Table table({{"ID", Table::Align::right},
+                 {"CHAT", Table::Align::right},
+                 {"DATE"},
+                 {"SENDER"},
+                 {"SERVICE"},
+                 {"TEXT"}});
+    for (const auto& message : messages) {
+        std::string text = message.isReaction() ? reactionDescription(message) : message.text;
+        for (const auto& attachment : message.attachments) {
+            text += (text.empty() ? "" : "  ") + std::string("📎 ") + attachment.name;
+        }
+        const std::string sender = message.isFromMe ? me : message.sender.value_or("?");
+        table.add({std::to_string(message.id), std::to_string(message.chatID),
+                   dateTime(message.date), sender, message.service, text});
+    }
+    table.print(m_out, m_styled);
+}
+
+void HumanOutput::conversations(const std::vector<Conversation>& conversations,
+                                const std::optional<std::string>& search) {
+    if (conversations.empty()) {
+        if (search) {
+            m_out << "No conversations match “" << TerminalText::cleaned(*search, false) << "”.\n";
+        } else {
+            m_out << "No conversations.\n";
+        }
+        return;
+    }
+    Table table(
+        {{"TITLE"}, {"MESSAGES", Table::Align::right}, {"LAST MESSAGE"}, {"SERVICES"}, {"ID"}});
+    for (const auto& conversation : conversations) {
+        std::string title = conversation.title;
+        if (conversation.detail) {
+            title += " (" + *conversation.detail + ")";
+        }
+        table.add({title, Formatting::integer(conversation.messageCount, m_locale),
+                   dateTime(conversation.lastDate), joined(conversation.services, ", "),
+                   conversation.id});
+    }
+    table.print(m_out, m_styled);
+}
+
+void HumanOutput::transcript(const Transcript& transcript, const ExportStrings& strings) {
+    const auto clean = [](const std::string& text) { return TerminalText::cleaned(text, false); };
+
+    std::string range = strings.allDates;
+    if (transcript.from || transcript.to) {
+        range = (transcript.from ? m_shortDate.format(*transcript.from) : std::string("…")) +
+                " – " + (transcript.to ? m_shortDate.format(*transcript.to) : std::string("…"));
+    }
+    if (const auto first = transcript.firstDate(), last = transcript.lastDate(); first && last) {
+        const std::string span = m_shortDate.format(*first) + " – " + m_shortDate.format(*last);
+        if (span != range) {
+            range += " (" + strings.includedDates(span) + ")";
+        }
+    }
+
+    m_out << bold(clean(transcript.title)) << '\n';
+    if (!transcript.participants.empty()) {
+        m_out << strings.participants << ": " << clean(joined(transcript.participants, ", "))
+              << '\n';
+    }
+    m_out << strings.dateRange << ": " << range << '\n';
+    m_out << strings.messages << ": "
+          << Formatting::integer(static_cast<std::int64_t>(transcript.entries.size()), m_locale)
+          << " · " << strings.attachments << ": "
+          << Formatting::integer(static_cast<std::int64_t>(transcript.attachmentCount()), m_locale)
+          << " · " << strings.timeZone << " " << Formatting::timeZoneName(m_timeZone, m_locale)
+          << '\n';
+
+    if (transcript.entries.empty()) {
+        m_out << "\nNo messages in these dates.\n";
+        return;
+    }
+
+    std::string previousDay;
+    for (const auto& entry : transcript.entries) {
+        const std::string day = m_day.format(entry.date);
+        if (day != previousDay) {
+            m_out << '\n' << bold("── " + day + " ──") << '\n';
+            previousDay = day;
+        }
+        m_out << '\n'
+              << bold(clean(entry.sender)) << "   " << dim(m_time.format(entry.date)) << '\n';
+
+        std::vector<std::string> lines;
+        if (!entry.text.empty()) {
+            std::string text = TerminalText::cleaned(entry.text, true);
+            std::size_t start = 0;
+            for (std::size_t end; (end = text.find('\n', start)) != std::string::npos;
+                 start = end + 1) {
+                lines.push_back(text.substr(start, end - start));
+            }
+            lines.push_back(text.substr(start));
+        }
+        for (const auto& attachment : entry.attachments) {
+            std::error_code error;
+            const auto size =
+                attachment.path ? std::filesystem::file_size(*attachment.path, error) : 0;
+            const bool present = attachment.path && !error &&
+                                 std::filesystem::is_regular_file(*attachment.path, error);
+            lines.push_back(clean(
+                present ? strings.attachmentLine(
+                              attachment.name,
+                              Formatting::byteCount(static_cast<std::int64_t>(size), m_locale))
+                        : strings.attachmentMissing(attachment.name)));
+        }
+        if (!entry.reactions.empty()) {
+            lines.push_back(
+                dim(strings.reactions + ": " + clean(reactionSummary(entry.reactions, strings))));
+        }
+        for (const auto& line : lines) {
+            m_out << "    " << line << '\n';
+        }
+    }
+}
+
+void HumanOutput::sample(const std::string& database, const std::string& home) {
+    m_out << "Database: " << database << '\n';
+    m_out << "Home:     " << home << '\n';
+    m_out << dim("Read it with: scrivly-cli --database " + shellQuoted(database) + " --home " +
+                 shellQuoted(home) + " conversations")
+          << '\n';
+}
+
+} // namespace scrivly::cli

@@ -1,0 +1,41 @@
+// scrivly-cli: reads a Messages history and shows or exports its conversations.
+
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Errors.h"
+#include "cli/Interrupts.h"
+
+#include <cerrno>
+#include <csignal>
+#include <exception>
+#include <iostream>
+
+int main(int argc, char** argv) {
+    using namespace scrivly::cli;
+
+    // A closed pipe (scrivly-cli conversations | head) becomes a write error, not a kill that
+    // would skip removing the temporary sample.
+    std::signal(SIGPIPE, SIG_IGN);
+    Interrupts interrupts;
+
+    try {
+        const auto invocation = parse(argc, argv, std::cout);
+        if (invocation) {
+            runCommand(*invocation, interrupts);
+        }
+        std::cout.flush();
+        if (!std::cout) {
+            if (errno != EPIPE) {
+                std::cerr << "The output couldn’t be written.\n";
+            }
+            return kExitFailure;
+        }
+        return kExitSuccess;
+    } catch (const UsageError& error) {
+        std::cerr << error.what() << '\n';
+        return kExitUsage;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << '\n';
+        return kExitFailure;
+    }
+}

@@ -1,0 +1,493 @@
+// End-to-end tests: each runs the built scrivly-cli on a made-up history and checks what a user
+// or another program gets back.
+
+#include "tests/cli/Program.h"
+#include "tests/support/TempDir.h"
+
+#include "ScrivlyKit/database/SQLiteConnection.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <sstream>
+
+namespace scrivly::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using Json = nlohmann::json;
+
+std::string readFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+void writeFile(const fs::path& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+std::vector<std::string> folderEntries(const fs::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    return names;
+}
+
+int pdfPages(const fs::path& pdf) {
+    const std::string command = "pdfinfo '" + pdf.string() + "' 2>/dev/null";
+    std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
+    char line[512];
+    while (pipe && std::fgets(line, sizeof line, pipe.get()) != nullptr) {
+        int pages = 0;
+        if (std::sscanf(line, "Pages: %d", &pages) == 1) {
+            return pages;
+        }
+    }
+    return 0;
+}
+
+class CliTest : public ::testing::Test {
+protected:
+    // One demonstration history for the whole suite: writing it takes a few seconds.
+    static void SetUpTestSuite() {
+        s_sample = std::make_unique<TempDir>();
+        const auto outcome = runProgram({"sample", (s_sample->path() / "history").string()});
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
+    }
+    static void TearDownTestSuite() { s_sample.reset(); }
+
+    void SetUp() override {
+        fs::create_directories(m_temp.path() / "tmp");
+        fs::create_directories(m_temp.path() / "run");
+    }
+
+    static fs::path sampleDatabase() { return s_sample->path() / "history" / "chat.db"; }
+
+    static std::vector<std::string> sampleArgs() {
+        return {"--database", sampleDatabase().string(), "--home",
+                (s_sample->path() / "history" / "home").string()};
+    }
+
+    // Runs the tool with private temporary and runtime folders, so that leftovers show.
+    Outcome cli(std::vector<std::string> arguments, const std::vector<std::string>& before = {},
+                RunOptions options = {}) const {
+        arguments.insert(arguments.begin(), before.begin(), before.end());
+        options.environment.try_emplace("TMPDIR", (m_temp.path() / "tmp").string());
+        options.environment.try_emplace("XDG_RUNTIME_DIR", (m_temp.path() / "run").string());
+        return runProgram(arguments, options);
+    }
+
+    Json json(const std::vector<std::string>& arguments,
+              const std::vector<std::string>& before = sampleArgs()) const {
+        const auto outcome = cli(arguments, before);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        return Json::parse(outcome.out);
+    }
+
+    // A copy of the sample database that a test may change.
+    fs::path sampleCopy() const {
+        const auto copy = m_temp.path() / "copy.db";
+        fs::copy_file(sampleDatabase(), copy);
+        return copy;
+    }
+
+    TempDir m_temp;
+    static std::unique_ptr<TempDir> s_sample;
+};
+
+std::unique_ptr<TempDir> CliTest::s_sample;
+
+TEST_F(CliTest, AccessTellsWhetherTheHistoryCanBeRead) {
+    const std::string missing = (m_temp.path() / "Library" / "Messages" / "chat.db").string();
+    const struct {
+        const char* name;
+        std::vector<std::string> arguments;
+        std::string expected;
+    } cases[] = {
+        {"missing file", {"--database", missing}, "noHistory"},
+        {"home without history", {"--home", m_temp.path().string()}, "noHistory"},
+        {"sample database", sampleArgs(), "granted"},
+        {"fresh sample", {"--sample"}, "granted"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        const auto outcome = cli({"access"}, test.arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_EQ(outcome.out, test.expected + "\n");
+    }
+}
+
+TEST_F(CliTest, SampleRunListsItsConversationsAndLeavesNothingBehind) {
+    const auto outcome = cli({"--sample", "conversations"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("Garden Club"));
+    const auto lines = std::count(outcome.out.begin(), outcome.out.end(), '\n');
+    EXPECT_EQ(lines, 6) << outcome.out; // the column titles and five conversations
+    EXPECT_THAT(folderEntries(m_temp.path() / "tmp"), ::testing::IsEmpty());
+
+    const auto failed = cli({"--sample", "transcript", "Nobody"});
+    EXPECT_EQ(failed.status, 2);
+    EXPECT_THAT(folderEntries(m_temp.path() / "tmp"), ::testing::IsEmpty());
+}
+
+TEST_F(CliTest, ReadsLeaveNoPrivateCopyBehind) {
+    const struct {
+        const char* name;
+        std::optional<std::string> runtime;
+        fs::path snapshots;
+    } cases[] = {
+        {"runtime folder", (m_temp.path() / "run").string(),
+         m_temp.path() / "run" / "scrivly-snapshots"},
+        {"temporary folder", std::nullopt, m_temp.path() / "tmp" / "scrivly-snapshots"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        RunOptions options;
+        options.environment["XDG_RUNTIME_DIR"] = test.runtime;
+        const auto outcome = cli({"conversations"}, sampleArgs(), options);
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
+        ASSERT_TRUE(fs::is_directory(test.snapshots));
+        EXPECT_EQ(fs::status(test.snapshots).permissions() & fs::perms::all, fs::perms::owner_all);
+        EXPECT_THAT(folderEntries(test.snapshots), ::testing::IsEmpty());
+    }
+}
+
+// Every date anywhere in the document is null or UTC with milliseconds.
+void expectDates(const Json& value, const std::string& where = "") {
+    static const std::regex kDate(R"(^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z$)");
+    static const std::set<std::string> kDateKeys{"date", "lastDate",       "from",
+                                                 "to",   "rangeFirstDate", "rangeLastDate"};
+    if (value.is_object()) {
+        for (const auto& [key, item] : value.items()) {
+            if (kDateKeys.contains(key) && !item.is_null()) {
+                EXPECT_TRUE(item.is_string() && std::regex_match(item.get<std::string>(), kDate))
+                    << where << "." << key << " = " << item.dump();
+            }
+            expectDates(item, where + "." + key);
+        }
+    } else if (value.is_array()) {
+        for (const auto& item : value) {
+            expectDates(item, where + "[]");
+        }
+    }
+}
+
+void expectKeys(const Json& object, const std::vector<std::string>& keys) {
+    ASSERT_TRUE(object.is_object()) << object.dump();
+    std::vector<std::string> found;
+    for (const auto& [key, item] : object.items()) {
+        found.push_back(key);
+    }
+    EXPECT_THAT(found, ::testing::UnorderedElementsAreArray(keys));
+}
+
+TEST_F(CliTest, JsonOutputsCarryTheirFields) {
+    const std::vector<std::string> attachmentKeys{"rowID",    "path", "name",
+                                                  "mimeType", "uti",  "totalBytes"};
+
+    const auto chats = json({"chats", "--json"});
+    ASSERT_EQ(chats.size(), 7U);
+    for (const auto& chat : chats) {
+        expectKeys(chat, {"id", "guid", "identifier", "displayName", "service", "isGroup",
+                          "handles", "messageCount", "lastDate"});
+        for (const auto& handle : chat["handles"]) {
+            expectKeys(handle, {"rowID", "address", "service"});
+        }
+        // A chat without messages has no last date.
+        EXPECT_EQ(chat["messageCount"] == 0, chat["lastDate"].is_null()) << chat.dump();
+    }
+    expectDates(chats);
+
+    const auto messages = json({"messages", "--chats", "1,2,3", "--json"});
+    ASSERT_FALSE(messages.empty());
+    int reactions = 0;
+    for (const auto& message : messages) {
+        expectKeys(message,
+                   {"id", "guid", "chatID", "date", "isFromMe", "sender", "text", "attachments",
+                    "service", "reactionTarget", "reactionType", "reactionEmoji"});
+        EXPECT_THAT((std::vector<int>{1, 2, 3}), ::testing::Contains(message["chatID"].get<int>()));
+        EXPECT_EQ(message["isFromMe"].get<bool>(), message["sender"].is_null());
+        for (const auto& attachment : message["attachments"]) {
+            expectKeys(attachment, attachmentKeys);
+        }
+        reactions += message["reactionTarget"].is_string() ? 1 : 0;
+    }
+    EXPECT_GT(reactions, 0);
+    expectDates(messages);
+
+    const auto conversations = json({"conversations", "--json"});
+    ASSERT_EQ(conversations.size(), 5U);
+    for (const auto& conversation : conversations) {
+        expectKeys(conversation, {"id", "chatIDs", "title", "isGroup", "participants", "addresses",
+                                  "messageCount", "lastDate", "services", "detail"});
+    }
+    expectDates(conversations);
+
+    const auto transcript = json({"transcript", "Garden Club", "--json"});
+    expectKeys(transcript, {"title", "participants", "from", "to", "totalInRange", "rangeFirstDate",
+                            "rangeLastDate", "entries"});
+    EXPECT_TRUE(transcript["from"].is_null());
+    ASSERT_FALSE(transcript["entries"].empty());
+    const std::set<std::string> kinds{"loved",      "liked",      "disliked", "laughed",
+                                      "emphasized", "questioned", "emoji"};
+    for (const auto& entry : transcript["entries"]) {
+        expectKeys(entry, {"id", "date", "sender", "isFromMe", "text", "attachments", "reactions",
+                           "service"});
+        for (const auto& attachment : entry["attachments"]) {
+            expectKeys(attachment, attachmentKeys);
+        }
+        for (const auto& reaction : entry["reactions"]) {
+            expectKeys(reaction, {"who", "kind", "emoji", "isFromMe"});
+            EXPECT_TRUE(kinds.contains(reaction["kind"].get<std::string>()));
+            EXPECT_EQ(reaction["kind"] == "emoji", reaction["emoji"].is_string());
+        }
+    }
+    expectDates(transcript);
+}
+
+TEST_F(CliTest, TranscriptFindsAConversationByIdOrTitle) {
+    std::string id;
+    for (const auto& conversation : json({"conversations", "--json"})) {
+        if (conversation["title"] == "Garden Club") {
+            id = conversation["id"];
+        }
+    }
+    ASSERT_FALSE(id.empty());
+    const auto expected = json({"transcript", id, "--json"});
+    for (const std::string name : {"Garden Club", "garden CLUB", "  GARDEN club "}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(json({"transcript", name, "--json"}), expected);
+    }
+
+    const auto human = cli({"transcript", "garden club"}, sampleArgs());
+    ASSERT_EQ(human.status, 0) << human.err;
+    EXPECT_THAT(human.out, StartsWith("Garden Club\n"));
+    EXPECT_THAT(human.out, HasSubstr("── "));
+    EXPECT_THAT(human.out, HasSubstr("Reactions: "));
+    EXPECT_THAT(human.out, HasSubstr("Attachment not on this Mac: planting-schedule.pdf"));
+}
+
+TEST_F(CliTest, TranscriptKeepsToTheChosenWholeDays) {
+    std::vector<std::string> utc = sampleArgs();
+    utc.insert(utc.end(), {"--time-zone", "UTC"});
+    const auto all = json({"transcript", "Garden Club", "--json"}, utc);
+    const std::string day = all["entries"].back()["date"].get<std::string>().substr(0, 10);
+
+    const auto one = json({"transcript", "Garden Club", "--from", day, "--to", day, "--json"}, utc);
+    EXPECT_EQ(one["from"], day + "T00:00:00.000Z");
+    EXPECT_EQ(one["to"], day + "T23:59:59.000Z");
+    ASSERT_FALSE(one["entries"].empty());
+    EXPECT_LT(one["entries"].size(), all["entries"].size());
+    for (const auto& entry : one["entries"]) {
+        EXPECT_THAT(entry["date"].get<std::string>(), StartsWith(day));
+    }
+    EXPECT_EQ(one["totalInRange"], one["entries"].size());
+}
+
+TEST_F(CliTest, CsvExportWritesUTF8WithHeaderRow) {
+    const auto file = m_temp.path() / "garden.csv";
+    const auto outcome = cli({"export", "Garden Club", "--csv", file.string()}, sampleArgs());
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, StartsWith("Wrote " + file.string()));
+
+    const std::string csv = readFile(file);
+    EXPECT_THAT(csv, StartsWith("\xEF\xBB\xBF"
+                                "Date,Time,Timestamp (ISO 8601),Sender,From Me,Text,Attachments,"
+                                "Reactions\r\n"));
+    EXPECT_THAT(csv, ::testing::EndsWith("\r\n"));
+    EXPECT_THAT(csv, HasSubstr("Here's the planting schedule"));
+
+    const auto toStandardOutput = cli({"export", "Garden Club", "--csv", "-"}, sampleArgs());
+    ASSERT_EQ(toStandardOutput.status, 0) << toStandardOutput.err;
+    EXPECT_EQ(toStandardOutput.out, csv);
+}
+
+TEST_F(CliTest, PdfExportWritesPagesWithTheChosenOptions) {
+    const auto file = m_temp.path() / "garden.pdf";
+    const auto outcome = cli({"export", "Garden Club", "--pdf", file.string(), "--title",
+                              " Exhibit 4 ", "--bates-prefix", "CASE-", "--paper", "a4"},
+                             sampleArgs());
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(readFile(file), StartsWith("%PDF-"));
+    const int pages = pdfPages(file);
+    EXPECT_GE(pages, 2);
+
+    const auto text = m_temp.path() / "garden.txt";
+    ASSERT_EQ(std::system(("pdftotext '" + file.string() + "' '" + text.string() + "'").c_str()),
+              0);
+    EXPECT_THAT(readFile(text), HasSubstr("CASE-000001"));
+    EXPECT_THAT(readFile(text), HasSubstr("Exhibit 4"));
+
+    const auto noCover = m_temp.path() / "no-cover.pdf";
+    ASSERT_EQ(cli({"export", "Garden Club", "--pdf", noCover.string(), "--no-cover"}, sampleArgs())
+                  .status,
+              0);
+    EXPECT_EQ(pdfPages(noCover), pages - 1);
+
+    const auto toStandardOutput = cli({"export", "Garden Club", "--pdf", "-"}, sampleArgs());
+    ASSERT_EQ(toStandardOutput.status, 0) << toStandardOutput.err;
+    EXPECT_THAT(toStandardOutput.out, StartsWith("%PDF-"));
+}
+
+TEST_F(CliTest, JsonExportIsTheTranscript) {
+    const auto file = m_temp.path() / "garden.json";
+    ASSERT_EQ(cli({"export", "Garden Club", "--json", file.string()}, sampleArgs()).status, 0);
+    EXPECT_EQ(Json::parse(readFile(file)), json({"transcript", "Garden Club", "--json"}));
+}
+
+TEST_F(CliTest, BrokenInputsFailWithTheirReason) {
+    const std::string missing = (m_temp.path() / "missing.db").string();
+    const auto other = m_temp.path() / "other.db";
+    SQLiteConnection(other.string(), false, false).execute("CREATE TABLE notes (text TEXT)");
+
+    const struct {
+        const char* name;
+        std::vector<std::string> arguments;
+        int status;
+        std::string reason; // the beginning of standard error
+    } cases[] = {
+        {"missing database",
+         {"--database", missing, "conversations"},
+         1,
+         "The database couldn’t be opened: "},
+        {"missing database, read directly",
+         {"--direct", "--database", missing, "chats"},
+         1,
+         "The database couldn’t be opened: "},
+        {"not a Messages database",
+         {"--database", other.string(), "conversations"},
+         1,
+         "The database couldn’t be read: This isn’t a Messages database (no message table).\n"},
+        {"unknown conversation",
+         {"--database", sampleDatabase().string(), "transcript", "Nobody"},
+         2,
+         "No conversation"},
+        {"not a calendar day", {"transcript", "Garden Club", "--from", "2024-02-30"}, 2, "--from"},
+        {"day the wrong way round",
+         {"transcript", "x", "--from", "2024-03-02", "--to", "2024-03-01"},
+         2,
+         "The first day"},
+        {"unknown option", {"conversations", "--frobnicate"}, 2, ""},
+        {"unknown command", {"frobnicate"}, 2, "Unknown command"},
+        {"missing argument", {"messages"}, 2, ""},
+        {"unknown time zone", {"--time-zone", "Mars/Olympus", "conversations"}, 2, "Unknown time"},
+        {"contacts file", {"--contacts", "people.vcf", "conversations"}, 2, "Contacts files"},
+        {"two outputs", {"export", "x", "--csv", "a.csv", "--pdf", "a.pdf"}, 2, "Choose one"},
+        {"unknown paper", {"export", "x", "--pdf", "a.pdf", "--paper", "legal"}, 2, ""},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        const auto outcome = cli(test.arguments);
+        EXPECT_EQ(outcome.status, test.status) << outcome.err;
+        EXPECT_THAT(outcome.err, StartsWith(test.reason));
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+    }
+}
+
+TEST_F(CliTest, AmbiguousTitleListsTheCandidates) {
+    const auto database = sampleCopy();
+    {
+        SQLiteConnection db(database.string(), false, false);
+        db.execute("INSERT INTO chat (guid, style, chat_identifier, service_name, display_name) "
+                   "VALUES ('iMessage;+;chat999', 43, 'chat999', 'iMessage', 'Garden Club');"
+                   "INSERT INTO message (guid, text, handle_id, date, is_from_me, service) "
+                   "VALUES ('AMBIGUOUS-1', 'Second garden club', 0, 700000000000000000, 1, "
+                   "'iMessage');"
+                   "INSERT INTO chat_message_join VALUES ((SELECT ROWID FROM chat WHERE guid "
+                   "= 'iMessage;+;chat999'), (SELECT ROWID FROM message WHERE guid = "
+                   "'AMBIGUOUS-1'), 0);");
+    }
+    const std::vector<std::string> before{"--database", database.string(), "--home",
+                                          m_temp.path().string()};
+    const auto outcome = cli({"transcript", "Garden Club"}, before);
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.err, StartsWith("2 conversations are titled “Garden Club”"));
+    EXPECT_THAT(outcome.err, HasSubstr("g:iMessage;+;chat999"));
+    EXPECT_THAT(outcome.err, HasSubstr("g:iMessage;+;chat408812345"));
+
+    const auto byId = cli({"transcript", "g:iMessage;+;chat999"}, before);
+    EXPECT_EQ(byId.status, 0) << byId.err;
+    EXPECT_THAT(byId.out, HasSubstr("Second garden club"));
+}
+
+TEST_F(CliTest, FailedExportLeavesTheDestinationAlone) {
+    const auto folder = m_temp.path() / "exports";
+    fs::create_directories(folder);
+    const auto existing = folder / "garden.pdf";
+    writeFile(existing, "earlier export");
+
+    const struct {
+        const char* name;
+        std::vector<std::string> arguments;
+    } cases[] = {
+        {"unknown conversation", {"export", "Nobody", "--pdf", existing.string()}},
+        {"missing folder", {"export", "Garden Club", "--pdf", (folder / "no/such.pdf").string()}},
+        {"destination is a folder", {"export", "Garden Club", "--csv", folder.string()}},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        const auto outcome = cli(test.arguments, sampleArgs());
+        EXPECT_NE(outcome.status, 0);
+        EXPECT_EQ(readFile(existing), "earlier export");
+        EXPECT_THAT(folderEntries(folder), ::testing::ElementsAre("garden.pdf"));
+    }
+}
+
+TEST_F(CliTest, InterruptCancelsAPdfExportCleanly) {
+    // Enough messages that the layout is still running when the interrupt arrives.
+    const auto database = sampleCopy();
+    {
+        SQLiteConnection db(database.string(), false, false);
+        db.execute(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000) "
+            "INSERT INTO message (guid, text, handle_id, date, is_from_me, service) "
+            "SELECT 'BULK-' || i, 'Message number ' || i || ' with a little more text to lay "
+            "out on the page.', 0, 700000000000000000 + i * 60000000000, 1, 'iMessage' FROM n;"
+            "INSERT INTO chat_message_join SELECT 3, ROWID, date FROM message "
+            "WHERE guid LIKE 'BULK-%';");
+    }
+    const auto folder = m_temp.path() / "exports";
+    fs::create_directories(folder);
+    const auto file = folder / "garden.pdf";
+
+    RunOptions options;
+    options.interruptWhen = [](const std::string& err) { return err.find("1%") != err.npos; };
+    const auto outcome = cli({"--database", database.string(), "--home", m_temp.path().string(),
+                              "export", "Garden Club", "--pdf", file.string(), "--progress"},
+                             {}, options);
+    EXPECT_EQ(outcome.status, 1) << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr("The export was cancelled."));
+    EXPECT_THAT(folderEntries(folder), ::testing::IsEmpty());
+}
+
+TEST_F(CliTest, SampleCommandWritesAHistoryButNeverOverOtherFiles) {
+    const auto folder = m_temp.path() / "demo";
+    const auto outcome = cli({"sample", folder.string()});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, StartsWith("Database: " + (folder / "chat.db").string() + "\n" +
+                                        "Home:     " + (folder / "home").string() + "\n"));
+    EXPECT_TRUE(fs::exists(folder / "chat.db"));
+    EXPECT_EQ(cli({"sample", folder.string()}).status, 0) << "an earlier sample is replaced";
+
+    const auto precious = m_temp.path() / "precious";
+    fs::create_directories(precious);
+    writeFile(precious / "notes.txt", "keep me");
+    const auto refused = cli({"sample", precious.string()});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(readFile(precious / "notes.txt"), "keep me");
+}
+
+} // namespace
+} // namespace scrivly::testing
