@@ -116,14 +116,6 @@ TEST(TypedStream, EncodesLengthsInOneTwoOrFourBytes) {
     }
 }
 
-TEST(TypedStream, CountsUTF16UnitsSeparatelyFromUTF8Bytes) {
-    const std::string text = "\xF0\x9F\x98\x80\xF0\x9F\x98\x80\xC3\xA9"; // 2 emoji and é: 10 bytes
-    const auto archive = TypedStream::archive(text);
-    const auto utf16Field = textOffset(archive, text) + text.size() + 6;
-    EXPECT_EQ(archive[textOffset(archive, text) - 1], 10);
-    EXPECT_EQ(archive[utf16Field], 5);
-}
-
 TEST(TypedStream, RejectsBuffersTooShortOrWithoutSignature) {
     Bytes sixteen{0x04, 0x0B};
     append(sixteen, "streamtyped");
