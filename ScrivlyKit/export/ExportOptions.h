@@ -25,6 +25,7 @@ struct ExportOptions {
 
     // The Bates label of a 1-based page of the finished document (the cover counts as page 1):
     // the trimmed prefix, zero padding up to batesDigits, then max(batesStart, 0) + page - 1.
+    // Nothing when the prefix is blank. A number beyond 64 bits stops the program (never wraps).
     std::optional<std::string> batesLabel(std::int64_t page) const;
 
     bool operator==(const ExportOptions&) const = default;

@@ -38,8 +38,8 @@ private:
 // An integer with the locale's grouping ("1,234").
 std::string integer(std::int64_t value, const std::string& locale);
 
-// The zone's localised long name ("Eastern Standard Time" style generic name) for the locale, or
-// its identifier when it has none.
+// The zone's localised generic name ("Eastern Time", "Mitteleuropäische Zeit"; for UTC its long
+// name, "Coordinated Universal Time") for the locale, or its identifier when ICU does not know it.
 std::string timeZoneName(const std::string& timeZone, const std::string& locale);
 
 // A byte count in the style of a file manager, decimal units ("48 KB", "1.2 MB", "512 bytes").

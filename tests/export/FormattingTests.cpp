@@ -9,7 +9,6 @@ namespace scrivly::Formatting {
 namespace {
 
 using ::testing::HasSubstr;
-using ::testing::Not;
 using Style = DateFormatter::Style;
 
 // 2024-03-06 03:30:00 UTC: still March 5 in New York, already March 6 in Berlin.
@@ -41,20 +40,6 @@ TEST(DateFormatter, AppliesZoneAndLocale) {
             EXPECT_THAT(text, HasSubstr(part));
         }
     }
-}
-
-TEST(DateFormatter, DayAndTimeStylesLeaveTheOtherHalfOut) {
-    const auto day = DateFormatter(Style::day, "Europe/Berlin", "en_US").format(kNearMidnight);
-    const auto time = DateFormatter(Style::time, "Europe/Berlin", "en_US").format(kNearMidnight);
-    EXPECT_THAT(day, Not(HasSubstr("4:30")));
-    EXPECT_THAT(time, Not(HasSubstr("March")));
-    EXPECT_THAT(time, Not(HasSubstr("2024")));
-}
-
-TEST(DateFormatter, MovesAndKeepsWorking) {
-    DateFormatter first(Style::time, "UTC", "en_US");
-    DateFormatter second = std::move(first);
-    EXPECT_THAT(second.format(kNearMidnight), HasSubstr("3:30"));
 }
 
 TEST(Formatting, Integers) {
