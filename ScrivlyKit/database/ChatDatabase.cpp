@@ -148,42 +148,40 @@ std::vector<Message> ChatDatabase::messages(const std::vector<std::int64_t>& cha
     }
     const std::string ids = joinedIDs(chatIDs);
 
-    std::unordered_map<std::int64_t, std::vector<Attachment>> attachments;
-    m_connection.query(
+    const std::string attachmentsSQL =
         "SELECT maj.message_id, a.ROWID, a.filename, a.mime_type, a.uti, a.transfer_name, "
         "a.total_bytes\n"
         "FROM message_attachment_join maj\n"
         "JOIN attachment a ON a.ROWID = maj.attachment_id\n"
         "WHERE maj.message_id IN (SELECT message_id FROM chat_message_join WHERE chat_id IN (" +
-            ids +
-            "))\n"
-            "ORDER BY maj.message_id, a.ROWID",
-        {}, [&](const Row& row) {
-            const auto fileName = row.text(2);
-            Attachment attachment;
-            attachment.rowID = row.integer(1);
-            attachment.path = Attachment::expandedPath(fileName, m_home);
-            attachment.name = Attachment::displayName(row.text(5), fileName);
-            attachment.mimeType = row.text(3);
-            attachment.uti = row.text(4);
-            attachment.totalBytes = row.integer(6);
-            attachments[row.integer(0)].push_back(std::move(attachment));
-        });
+        ids + "))\nORDER BY maj.message_id, a.ROWID";
+    std::unordered_map<std::int64_t, std::vector<Attachment>> attachments;
+    m_connection.query(attachmentsSQL, {}, [&](const Row& row) {
+        const auto fileName = row.text(2);
+        Attachment attachment;
+        attachment.rowID = row.integer(1);
+        attachment.path = Attachment::expandedPath(fileName, m_home);
+        attachment.name = Attachment::displayName(row.text(5), fileName);
+        attachment.mimeType = row.text(3);
+        attachment.uti = row.text(4);
+        attachment.totalBytes = row.integer(6);
+        attachments[row.integer(0)].push_back(std::move(attachment));
+    });
 
     std::unordered_map<std::int64_t, std::string> senders;
     m_connection.query("SELECT ROWID, id FROM handle", {},
                        [&](const Row& row) { senders[row.integer(0)] = textOrEmpty(row, 1); });
 
-    const std::string sql = "SELECT m.ROWID, m.guid, m.text, " + optionalColumn("attributedBody") +
-                            ", m.handle_id, m.date, m.is_from_me,\n       " +
-                            optionalColumn("associated_message_guid") + ", " +
-                            optionalColumn("associated_message_type") + ",\n       " +
-                            optionalColumn("associated_message_emoji") + ", " +
-                            optionalColumn("service") + ", j.chat_id, " +
-                            optionalColumn("date_retracted") +
-                            "\nFROM message m\nJOIN chat_message_join j ON j.message_id = m.ROWID"
-                            "\nWHERE j.chat_id IN (" +
-                            ids + ") AND " + itemTypeCondition() + "\nORDER BY m.date, m.ROWID";
+    std::string sql = "SELECT m.ROWID, m.guid, m.text, " + optionalColumn("attributedBody");
+    sql += ", m.handle_id, m.date, m.is_from_me,\n       ";
+    sql += optionalColumn("associated_message_guid") + ", " +
+           optionalColumn("associated_message_type");
+    sql += ",\n       ";
+    sql += optionalColumn("associated_message_emoji") + ", " + optionalColumn("service") +
+           ", j.chat_id, " + optionalColumn("date_retracted");
+    sql += "\nFROM message m\nJOIN chat_message_join j ON j.message_id = m.ROWID";
+    sql += "\nWHERE j.chat_id IN (" + ids + ") AND " + itemTypeCondition();
+    sql += "\nORDER BY m.date, m.ROWID";
 
     std::vector<Message> messages;
     m_connection.query(sql, {}, [&](const Row& row) {
