@@ -7,7 +7,6 @@
 #include "ScrivlyKit/export/ImageConverter.h"
 #include "ScrivlyKit/records/AppleTime.h"
 #include "ScrivlyKit/sample/SampleWriter.h"
-#include "ScrivlyKit/text/TypedStream.h"
 #include "tests/support/TempDir.h"
 
 #include <gmock/gmock.h>
@@ -21,6 +20,12 @@
 #include <regex>
 #include <string>
 #include <vector>
+
+// Writing the HEIC photo starts the HEVC encoder, which keeps a few allocations for the life of
+// the process; they are not ours to free and would otherwise fail every sanitizer run.
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libx265.so\n";
+}
 
 namespace scrivly {
 namespace {
@@ -225,30 +230,6 @@ TEST_F(SampleHistory, StoresPicturesUnderHomeAndLeavesThePDFMissing) {
     EXPECT_FALSE(fs::exists(*pdf.path));
 }
 
-TEST_F(SampleHistory, LinksEveryReactionToAnEarlierMessageOfItsChat) {
-    const auto reactions = rows(info.database,
-                                "SELECT r.associated_message_guid, r.associated_message_type,\n"
-                                "       (SELECT COUNT(*) FROM message t\n"
-                                "        JOIN chat_message_join tj ON tj.message_id = t.ROWID\n"
-                                "        WHERE 'p:0/' || t.guid = r.associated_message_guid\n"
-                                "          AND tj.chat_id = rj.chat_id AND t.date < r.date)\n"
-                                "FROM message r JOIN chat_message_join rj ON rj.message_id = "
-                                "r.ROWID\n"
-                                "WHERE r.associated_message_type != 0",
-                                3);
-    ASSERT_EQ(reactions.size(), 5U);
-    bool emoji = false;
-    for (const auto& reaction : reactions) {
-        SCOPED_TRACE(reaction[0]);
-        EXPECT_EQ(reaction[2], "1");
-        const int type = std::stoi(reaction[1]);
-        EXPECT_GE(type, 2000);
-        EXPECT_LE(type, 2006);
-        emoji = emoji || type == 2006;
-    }
-    EXPECT_TRUE(emoji);
-}
-
 TEST_F(SampleHistory, StoresLayoutOfARealDatabase) {
     // Guids and timestamps as a current Messages version writes them.
     const auto messages =
@@ -294,7 +275,8 @@ TEST(SampleDatabase, WritingTwiceReplacesTheFolderWithTheSameHistory) {
     const auto firstGuids = guids(first.database);
     std::ofstream(folder + "/leftover.txt") << "from an earlier run";
 
-    const auto second = SampleDatabase::create(folder, kNow);
+    // A later day: the dates move, the GUIDs do not.
+    const auto second = SampleDatabase::create(folder, kNow + 3 * 86400.0);
     EXPECT_EQ(second.database, first.database);
     EXPECT_EQ(second.home, first.home);
     EXPECT_EQ(guids(second.database), firstGuids);
@@ -306,16 +288,6 @@ TEST(SampleDatabase, ThrowsWhenTheFolderCannotBeMade) {
     testing::TempDir temp;
     std::ofstream(temp.file("file")) << "not a folder";
     EXPECT_THROW(SampleDatabase::create(temp.file("file") + "/sample", kNow), fs::filesystem_error);
-}
-
-TEST(SampleDatabase, PeopleMatchTheSampleHandles) {
-    const NameBook names = SampleDatabase::nameBook();
-    EXPECT_EQ(names.count(), 3U);
-    EXPECT_EQ(names.display("+15550102233"), "Maya Okafor");
-    EXPECT_EQ(names.display("+15550104455"), "Priya Raman");
-    EXPECT_EQ(names.display("Theo.Lindqvist@example.com"), "Theo Lindqvist");
-    EXPECT_EQ(SampleDatabase::people()[0].first, "+1 (555) 010-2233");
-    EXPECT_EQ(SampleDatabase::people()[2].first, "+1 555 010 4455");
 }
 
 } // namespace
