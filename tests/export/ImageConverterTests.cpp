@@ -9,11 +9,6 @@
 #include <fstream>
 #include <functional>
 
-// The HEVC encoder behind HEIC writing keeps one allocation for the life of the process; it is
-// not ours to free, and would otherwise fail every sanitizer run.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libx265.so\n";
-}
 
 namespace scrivly::ImageConverter {
 namespace {

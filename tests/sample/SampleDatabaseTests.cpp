@@ -21,11 +21,6 @@
 #include <string>
 #include <vector>
 
-// Writing the HEIC photo starts the HEVC encoder, which keeps a few allocations for the life of
-// the process; they are not ours to free and would otherwise fail every sanitizer run.
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libx265.so\n";
-}
 
 namespace scrivly {
 namespace {
