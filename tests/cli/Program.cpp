@@ -23,10 +23,6 @@ std::vector<std::string> environmentWith(const RunOptions& options) {
             variables[text.substr(0, equals)] = text.substr(equals + 1);
         }
     }
-    // Libraries' process-lifetime allocations would fail the leak check of sanitizer builds.
-    std::string& leakOptions = variables["LSAN_OPTIONS"];
-    leakOptions += std::string(leakOptions.empty() ? "" : ":") + "suppressions=" SCRIVLY_TEST_DATA
-                                                                 "/lsan-suppressions.txt";
     for (const auto& [name, value] : options.environment) {
         if (value) {
             variables[name] = *value;
