@@ -161,15 +161,20 @@ void HumanOutput::conversations(const std::vector<Conversation>& conversations,
 void HumanOutput::transcript(const Transcript& transcript, const ExportStrings& strings) {
     const auto clean = [](const std::string& text) { return TerminalText::cleaned(text, false); };
 
+    // "Mar 1, 2024 – Mar 5, 2024", one date for a single day, "…" for an open end.
+    const auto span = [this](const std::optional<Date>& first, const std::optional<Date>& last) {
+        const std::string from = first ? m_shortDate.format(*first) : std::string("…");
+        const std::string to = last ? m_shortDate.format(*last) : std::string("…");
+        return from == to ? from : from + " – " + to;
+    };
     std::string range = strings.allDates;
     if (transcript.from || transcript.to) {
-        range = (transcript.from ? m_shortDate.format(*transcript.from) : std::string("…")) +
-                " – " + (transcript.to ? m_shortDate.format(*transcript.to) : std::string("…"));
+        range = span(transcript.from, transcript.to);
     }
     if (const auto first = transcript.firstDate(), last = transcript.lastDate(); first && last) {
-        const std::string span = m_shortDate.format(*first) + " – " + m_shortDate.format(*last);
-        if (span != range) {
-            range += " (" + strings.includedDates(span) + ")";
+        const std::string included = span(first, last);
+        if (included != range) {
+            range += " (" + strings.includedDates(included) + ")";
         }
     }
 
