@@ -14,7 +14,8 @@
 #include <QSaveFile>
 #include <QSettings>
 #include <QTimeZone>
-#include <QtConcurrent>
+#include <QtConcurrent/QtConcurrentRun>
+#include <QtConcurrent/qtconcurrenttask.h>
 
 #include <algorithm>
 #include <cmath>
@@ -347,6 +348,22 @@ void AppModel::setTo(Date to) {
     rebuildTranscript();
 }
 
+DayBounds::Day AppModel::fromDay() const {
+    return DayBounds::dayOf(m_from, m_platform.timeZone());
+}
+
+DayBounds::Day AppModel::toDay() const {
+    return DayBounds::dayOf(m_to, m_platform.timeZone());
+}
+
+void AppModel::setFromDay(DayBounds::Day day) {
+    setFrom(DayBounds::startOfDay(day, m_platform.timeZone()));
+}
+
+void AppModel::setToDay(DayBounds::Day day) {
+    setTo(DayBounds::startOfDay(day, m_platform.timeZone()));
+}
+
 void AppModel::setForm(const ExportForm& form) {
     if (form == m_form) {
         return;
@@ -624,6 +641,10 @@ void AppModel::loadNames() {
 
 void AppModel::openFullDiskAccessSettings() {
     m_platform.openUrl(QLatin1String(kFullDiskAccessURL));
+}
+
+void AppModel::revealApplication() {
+    m_platform.revealFile(QCoreApplication::applicationFilePath());
 }
 
 void AppModel::openContactsSettings() {

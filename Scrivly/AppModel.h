@@ -136,6 +136,11 @@ public:
     void setUseTo(bool useTo);
     void setFrom(Date from);
     void setTo(Date to);
+    // The same as calendar days in the platform's time zone, for date pickers.
+    DayBounds::Day fromDay() const;
+    DayBounds::Day toDay() const;
+    void setFromDay(DayBounds::Day day);
+    void setToDay(DayBounds::Day day);
     void setForm(const ExportForm& form);
 
     // Selects a conversation (or none) and reads its messages.
@@ -158,6 +163,8 @@ public slots:
     void reload();
     void requestContacts();
     void openFullDiskAccessSettings();
+    // "Show Scrivly in Finder": the running program, so it can be added to the access list.
+    void revealApplication();
     void openContactsSettings();
     void showExport();
     // Renders (or reuses) the PDF, then shows it.

@@ -1,0 +1,203 @@
+#include "Scrivly/AppModel.h"
+#include "ScrivlyKit/database/SQLiteConnection.h"
+#include "ScrivlyKit/database/SQLiteError.h"
+#include "ScrivlyKit/sample/SampleDatabase.h"
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace scrivly;
+using namespace scrivly::testing;
+using Phase = AppModel::Phase;
+
+namespace {
+
+void writeOnePerson(const QString& path, const std::string& address) {
+    writeHistory(path, {{address, {{"Hello", Date::fromUnixSeconds(1710000000)}}}});
+}
+
+std::vector<std::string> firstAddresses(const AppModel& model) {
+    std::vector<std::string> addresses;
+    for (const Conversation& conversation : model.conversations()) {
+        addresses.push_back(conversation.addresses.at(0));
+    }
+    return addresses;
+}
+
+} // namespace
+
+class FlowTests : public QObject {
+    Q_OBJECT
+
+private slots:
+    void deniedAccessIsCheckedAgainOnActivation() {
+        Harness harness;
+        writeOnePerson(harness.standardDatabase(), "+15550001111");
+        harness.platform.accessAnswer = DatabaseAccess::denied;
+        AppModel& model = harness.model();
+        QList<Phase> phases;
+        connect(&model, &AppModel::phaseChanged, this, [&] { phases.append(model.phase()); });
+
+        model.start();
+        model.applicationBecameActive();
+        QCOMPARE(model.phase(), Phase::needsAccess);
+        harness.platform.accessAnswer.reset(); // access was turned on in the meantime
+        model.applicationBecameActive();
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+        QCOMPARE(phases, (QList<Phase>{Phase::needsAccess, Phase::loading, Phase::ready}));
+        QCOMPARE(firstAddresses(model), std::vector<std::string>{"+15550001111"});
+
+        const auto token = model.loadToken();
+        model.applicationBecameActive(); // not in an access phase: nothing happens
+        QCOMPARE(model.loadToken(), token);
+    }
+
+    void missingHistoryIsCheckedAgain() {
+        Harness harness;
+        AppModel& model = harness.model();
+        model.start();
+        QCOMPARE(model.phase(), Phase::noHistory);
+        writeOnePerson(harness.standardDatabase(), "+15550001111");
+        model.applicationBecameActive();
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+    }
+
+    void readErrorFailsWithItsDescription() {
+        Harness harness;
+        const QString file = harness.path(QStringLiteral("other.db"));
+        SQLiteConnection(file.toStdString(), false, false).execute("CREATE TABLE notes (x);");
+        AppModel& model = harness.model();
+        model.openDatabaseFile(file);
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::failed);
+        const auto expected =
+            SQLiteError::query("This isn’t a Messages database (no message table).");
+        QCOMPARE(model.failureMessage(), QString::fromUtf8(expected.what()));
+
+        writeOnePerson(file, "+15550001111");
+        model.reload(); // "Try Again"
+        QCOMPARE(model.phase(), Phase::loading);
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+    }
+
+    void onlyTheNewestLoadReachesTheList() {
+        Harness harness;
+        const QString first = harness.path(QStringLiteral("first.db"));
+        const QString second = harness.path(QStringLiteral("second.db"));
+        writeOnePerson(first, "+15550001111");
+        writeOnePerson(second, "+15550002222");
+        AppModel& model = harness.model();
+        QSignalSpy conversations(&model, &AppModel::conversationsChanged);
+
+        model.openDatabaseFile(first);
+        model.openDatabaseFile(second);
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+        QTest::qWait(300); // room for the first read to come back late
+        QCOMPARE(conversations.count(), 1);
+        QCOMPARE(firstAddresses(model), std::vector<std::string>{"+15550002222"});
+    }
+
+    void chosenFileIsRememberedWithItsHome_data() {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("home"); // empty: the user's own
+        QTest::newRow("in a home folder") << "Users/ann/Library/Messages/chat.db"
+                                          << "Users/ann";
+        QTest::newRow("an iPhone backup's") << "backup/3d/3d0d7e5fb2ce288813306e4d46363"
+                                            << "";
+    }
+
+    void chosenFileIsRememberedWithItsHome() {
+        QFETCH(QString, file);
+        QFETCH(QString, home);
+        Harness harness;
+        const QString path = harness.path(file);
+        writeOnePerson(path, "+15550001111");
+        harness.model().openDatabaseFile(path);
+        SCRIVLY_WAIT_FOR_PHASE(harness.model(), Phase::ready);
+        const MessagesReader reader = *harness.model().database();
+        QCOMPARE(QString::fromStdString(reader.home),
+                 home.isEmpty() ? harness.platform.home : harness.path(home));
+        QCOMPARE(QString::fromStdString(*reader.folder), harness.model().snapshotFolder());
+
+        AppModel later(harness.platform, *harness.store);
+        QCOMPARE(later.databasePath(), path);
+        later.useStandardDatabase();
+        QCOMPARE(AppModel(harness.platform, *harness.store).databasePath(),
+                 harness.standardDatabase());
+    }
+
+    void sampleHistoryOpensWithFiveConversations() {
+        Harness harness;
+        AppModel& model = harness.model();
+        model.start();
+        model.openSample();
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+        QCOMPARE(model.conversations().size(), std::size_t{5});
+        QCOMPARE(model.contacts(), AppModel::ContactsAccess::granted);
+        QCOMPARE(model.names(), SampleDatabase::nameBook());
+
+        const auto merged =
+            std::find_if(model.conversations().begin(), model.conversations().end(),
+                         [](const Conversation& c) { return c.services.size() == 2; });
+        QVERIFY(merged != model.conversations().end());
+        QCOMPARE(std::optional(merged->title), model.names().name(merged->addresses.at(0)));
+        QVERIFY(harness.open(merged->title));
+        QVERIFY(!model.transcript()->entries.empty());
+    }
+
+    void contactsRequestDecidesNames_data() {
+        QTest::addColumn<ContactsAuthorization>("answer");
+        QTest::addColumn<AppModel::ContactsAccess>("access");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("limited access")
+            << ContactsAuthorization::limited << AppModel::ContactsAccess::granted << "Ann Lee";
+        QTest::newRow("restricted") << ContactsAuthorization::restricted
+                                    << AppModel::ContactsAccess::denied << "+1 (555) 000-1111";
+    }
+
+    void contactsRequestDecidesNames() {
+        QFETCH(ContactsAuthorization, answer);
+        QFETCH(AppModel::ContactsAccess, access);
+        QFETCH(QString, title);
+        Harness harness;
+        writeOnePerson(harness.standardDatabase(), "+15550001111");
+        harness.platform.book.add("555-000-1111", "Ann Lee", std::string("card-1"));
+        harness.platform.authorizationAfterRequest = answer;
+        AppModel& model = harness.model();
+        model.start();
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+        QCOMPARE(model.contacts(), AppModel::ContactsAccess::notAsked);
+
+        model.requestContacts();
+        QCOMPARE(model.contacts(), access);
+        QTRY_COMPARE_WITH_TIMEOUT(QString::fromStdString(model.conversations().at(0).title), title,
+                                  kWait);
+    }
+
+    void leftoverSnapshotsAreRemovedAtStart() {
+        Harness harness;
+        const QString id = AppModel::bundleIdentifier();
+        const QString current = harness.platform.temp + "/" + id + "-snapshots";
+        const QString older = harness.platform.cache + "/" + id + "/Snapshot";
+        for (const QString& folder : {current, older}) {
+            QDir().mkpath(folder + "/7F1B2C");
+            QFile(folder + "/7F1B2C/chat.db").open(QIODevice::WriteOnly);
+        }
+        QCOMPARE(harness.model().snapshotFolder(), current);
+        harness.model().start();
+        QVERIFY(!QFileInfo::exists(current));
+        QVERIFY(!QFileInfo::exists(older));
+    }
+};
+
+int runFlowTests(int argc, char** argv) {
+    FlowTests tests;
+    return QTest::qExec(&tests, argc, argv);
+}
+
+#include "FlowTests.moc"
