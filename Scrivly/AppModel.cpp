@@ -413,6 +413,8 @@ void AppModel::switchSource(DatabaseSource source, const QString& path) {
     m_chats.clear();
     m_lastRender.reset();
     setSelection(std::nullopt);
+    clearMessages();
+    setLastExport(std::nullopt);
     setConversations({});
     ++m_namesToken;
     setNames({});
