@@ -470,14 +470,19 @@ void Layout::placeText(double x, double width, double keep, AttributedText text,
             used += add;
             ++count;
         }
-        if (count == 0) {
+        // A message's sender line alone at the foot of a page would leave its text nameless on
+        // the next one: the sender line goes along with it.
+        const bool strandedFirstLine = next == 0 && count == 1 && lines.size() > 1;
+        if (count == 0 || strandedFirstLine) {
             if (!pageIsEmpty()) {
                 newPage();
                 continue;
             }
-            // Taller than a whole page: it still has to go somewhere.
-            count = 1;
-            used = set->height(next, 1);
+            if (count == 0) {
+                // Taller than a whole page: it still has to go somewhere.
+                count = 1;
+                used = set->height(next, 1);
+            }
         }
         PageItem item;
         item.kind = Kind::text;

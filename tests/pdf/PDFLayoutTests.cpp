@@ -112,6 +112,12 @@ TEST(PDFLayout, DayLineNearTheBottomMovesToTheNextPageWithItsMessage) {
         const DocumentLayout document = layOut(builder.transcript(), withoutCover());
         expectInsideTextArea(document);
 
+        // A name with a one-line message is never split: the name would stand alone.
+        for (const auto& page : document.pages) {
+            for (const Placed* item : testing::textItems(page)) {
+                EXPECT_TRUE(!item->bar || item->lineCount == 2) << item->text;
+            }
+        }
         bool found = false;
         for (std::size_t page = 0; page < document.pages.size() && !found; ++page) {
             const auto& items = document.pages[page].items;
