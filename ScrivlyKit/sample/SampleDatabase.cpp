@@ -158,6 +158,10 @@ void writeHistory(Writer& w) {
 
 } // namespace
 
+const char* schema() {
+    return kSchema;
+}
+
 Info create(const std::string& folder, Date now) {
     namespace fs = std::filesystem;
     std::error_code ignored;

@@ -19,6 +19,9 @@ struct Info {
 // Throws SQLiteError or std::filesystem::filesystem_error.
 Info create(const std::string& folder, Date now);
 
+// The statements that create the empty tables of a Messages database, as one batch.
+const char* schema();
+
 // The fixed people list: (address as a person would write it, made-up name).
 std::vector<std::pair<std::string, std::string>> people();
 
