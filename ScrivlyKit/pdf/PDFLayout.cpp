@@ -214,6 +214,7 @@ void Layout::checkCancelled() const {
 }
 
 void Layout::layOut(const Transcript& transcript) {
+    report(0);
     if (m_options.coverPage) {
         layOutCover(transcript);
     }

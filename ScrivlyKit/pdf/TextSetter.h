@@ -51,8 +51,7 @@ struct LineMetrics {
 
 // Shapes, breaks, measures and draws text with Pango on Cairo, in the fontconfig family
 // "sans-serif" (other fonts, emoji among them, by fallback). One per export: it owns a font map
-// and caches fonts. Not thread-safe. Throws PDFExport::Failed when Pango
-// cannot be set up.
+// and caches fonts. Not thread-safe. Throws PDFExport::Failed when Pango cannot be set up.
 class TextSetter {
 public:
     // language: an ICU locale identifier; it guides the choice among fonts for Han characters.

@@ -223,37 +223,22 @@ TEST(PDFLayout, MessageLongerThanAPageContinuesBetweenLines) {
 }
 
 TEST(PDFLayout, SendersKeepTheirPaletteColourAndMeHasMine) {
-    const Color palette[] = {{0.13, 0.55, 0.27},
-                             {0.55, 0.27, 0.68},
-                             {0.8, 0.42, 0.05},
-                             {0.05, 0.52, 0.58},
-                             {0.72, 0.2, 0.3}};
-    const Color me{0.0, 0.4, 0.85};
-    struct Step {
-        const char* sender;
-        bool fromMe;
-        Color expected;
-    };
-    const Step steps[] = {
-        {"Ana", false, palette[0]}, {"Ben", false, palette[1]}, {"", true, me},
-        {"Ana", false, palette[0]}, {"Cy", false, palette[2]},  {"Di", false, palette[3]},
-        {"Ed", false, palette[4]},  {"Flo", false, palette[0]}, {"Ben", false, palette[1]},
-    };
+    const Color colors[] = {{0.13, 0.55, 0.27}, {0.55, 0.27, 0.68}, {0.8, 0.42, 0.05},
+                            {0.05, 0.52, 0.58}, {0.72, 0.2, 0.3},   {0.0, 0.4, 0.85}};
+    // Sender, and the expected colour: the palette in order of first appearance, 5 for me.
+    const std::pair<std::string, int> steps[] = {{"Ana", 0}, {"Ben", 1}, {"", 5},
+                                                 {"Ana", 0}, {"Cy", 2},  {"Di", 3},
+                                                 {"Ed", 4},  {"Flo", 0}, {"Ben", 1}};
     TranscriptBuilder builder;
-    for (std::size_t index = 0; index < std::size(steps); ++index) {
-        builder.add(0, static_cast<double>(index), steps[index].sender, "Hi", steps[index].fromMe);
+    for (const auto& [sender, color] : steps) {
+        builder.add(0, 0, sender, "Hi", color == 5);
     }
     const DocumentLayout document = layOut(builder.transcript(), withoutCover());
-    std::vector<Color> bars;
-    for (const Placed* item : testing::textItems(document.pages.at(0))) {
-        if (item->bar) {
-            bars.push_back(*item->bar);
-        }
-    }
-    ASSERT_EQ(bars.size(), std::size(steps));
+    const auto items = testing::textItems(document.pages.at(0));
+    ASSERT_EQ(items.size(), std::size(steps) + 1); // and the day line
     for (std::size_t index = 0; index < std::size(steps); ++index) {
-        SCOPED_TRACE(std::to_string(index) + ": " + steps[index].sender);
-        EXPECT_EQ(bars[index], steps[index].expected);
+        SCOPED_TRACE(std::to_string(index) + ": " + steps[index].first);
+        EXPECT_EQ(items[index + 1]->bar, colors[steps[index].second]);
     }
 }
 
