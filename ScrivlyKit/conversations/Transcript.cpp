@@ -3,6 +3,7 @@
 #include "ScrivlyKit/records/Hashing.h"
 
 #include <algorithm>
+#include <string_view>
 #include <unordered_map>
 
 namespace scrivly {
@@ -77,8 +78,32 @@ Transcript Transcript::build(const std::string& title, const std::vector<std::st
     transcript.from = from;
     transcript.to = to;
 
+    // A conversation has few senders but may have hundreds of thousands of messages: each
+    // sender's address is normalised and looked up once.
+    std::unordered_map<std::string_view, std::string> senderNames;
+    const auto nameOf = [&](const Message& message) -> const std::string& {
+        static const std::string kUnknown = "?";
+        if (message.isFromMe) {
+            return me;
+        }
+        if (!message.sender) {
+            return kUnknown;
+        }
+        auto [found, isNew] = senderNames.try_emplace(*message.sender);
+        if (isNew) {
+            found->second = names.display(*message.sender);
+        }
+        return found->second;
+    };
+
     std::vector<PendingReaction> pending;
-    std::unordered_map<std::string, std::size_t> entryByGUID;
+    // The GUID of each entry's message, viewed in messages (which outlives this call).
+    std::vector<std::string_view> entryGUIDs;
+    if (!from && !to) {
+        // Without bounds nearly every message becomes an entry.
+        transcript.entries.reserve(messages.size());
+        entryGUIDs.reserve(messages.size());
+    }
     for (const auto& message : messages) {
         if (message.isReaction()) {
             // Reactions are kept regardless of their own date: they count whenever their target
@@ -91,8 +116,7 @@ Transcript Transcript::build(const std::string& title, const std::vector<std::st
                 continue;
             }
             pending.push_back({*message.reactionTarget, message.reactionType < kFirstRemovalType,
-                               ShownReaction{senderName(message, me, names), std::move(*kind),
-                                             message.isFromMe}});
+                               ShownReaction{nameOf(message), std::move(*kind), message.isFromMe}});
             continue;
         }
         if ((from && message.date < *from) || (to && message.date > *to)) {
@@ -106,25 +130,41 @@ Transcript Transcript::build(const std::string& title, const std::vector<std::st
             transcript.rangeFirstDate = message.date;
         }
         transcript.rangeLastDate = message.date;
-        if (!message.guid.empty()) {
-            entryByGUID[message.guid] = transcript.entries.size();
-        }
+        entryGUIDs.push_back(message.guid);
         transcript.entries.push_back(TranscriptEntry{message.id,
                                                      message.date,
-                                                     senderName(message, me, names),
+                                                     nameOf(message),
                                                      message.isFromMe,
                                                      message.text,
                                                      message.attachments,
                                                      {},
                                                      message.service});
     }
+    if (pending.empty()) {
+        return transcript;
+    }
 
+    // Only the few messages that reactions point at need finding, so only their GUIDs are
+    // indexed. When two entries share a GUID, the later one takes the reactions.
+    constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
+    std::unordered_map<std::string_view, std::size_t> targets;
+    targets.reserve(pending.size());
     for (const auto& reaction : pending) {
-        const auto found = entryByGUID.find(reaction.target);
-        if (found == entryByGUID.end()) {
+        targets.emplace(reaction.target, kNoEntry);
+    }
+    for (std::size_t index = 0; index < entryGUIDs.size(); ++index) {
+        if (entryGUIDs[index].empty()) {
             continue;
         }
-        apply(transcript.entries[found->second].reactions, reaction);
+        if (const auto found = targets.find(entryGUIDs[index]); found != targets.end()) {
+            found->second = index;
+        }
+    }
+    for (const auto& reaction : pending) {
+        const auto index = targets.find(reaction.target)->second;
+        if (index != kNoEntry) {
+            apply(transcript.entries[index].reactions, reaction);
+        }
     }
     return transcript;
 }
