@@ -91,7 +91,7 @@ struct PageLayout {
     std::vector<ChromeLine> chrome;
 };
 
-// What the drawing pass would draw, for inspection without parsing a PDF.
+// What the drawing pass would draw, for checking pages without parsing a PDF.
 struct DocumentLayout {
     PageSize page;
     int headerRows = 0;
