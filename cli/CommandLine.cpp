@@ -56,7 +56,8 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
     auto* sampleOption =
         app.add_flag("--sample", global.sample, "Read a fresh demonstration history instead");
     sampleOption->excludes(databaseOption)->excludes(homeOption);
-    app.add_option("--contacts", contacts, "A contacts file with names for addresses")
+    app.add_option("--contacts", contacts,
+                   "Names from a vCard file or an address-book folder (repeatable)")
         ->type_name("PATH");
     app.add_option("--me", global.me, "The name shown for your own messages (default Me)")
         ->type_name("NAME");
@@ -157,9 +158,7 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         throw UsageError(error.what());
     }
 
-    if (!contacts.empty()) {
-        throw UsageError("Contacts files (--contacts) aren’t supported yet.");
-    }
+    global.contacts = contacts;
     if (!database.empty()) {
         global.database = database;
     }

@@ -20,6 +20,7 @@ struct GlobalOptions {
     std::optional<std::string> timeZone; // IANA zone; the system's when absent
     std::optional<std::string> locale;   // ICU locale; the system's when absent
     bool direct = false;                 // read the file itself, without a private copy
+    std::vector<std::string> contacts;   // vCard files or address-book folders, earlier ones win
 };
 
 enum class Command { access, chats, messages, conversations, transcript, exportFile, sample };

@@ -41,6 +41,10 @@ public:
     std::vector<Conversation> conversations() const;
 
 private:
+    // Names from vCard files and address-book folders; names already known keep their address.
+    // Throws ContactsError naming a source that can't be read.
+    void addContactNames(const std::vector<std::string>& paths);
+
     Interrupts& m_interrupts;
     std::unique_ptr<TemporaryFolder> m_sample; // only with --sample
     MessagesReader m_reader;

@@ -135,4 +135,10 @@ std::string NameBook::format(std::string_view address) {
     return out;
 }
 
+void NameBook::merge(const NameBook& other) {
+    for (const auto& [key, entry] : other.m_names) {
+        m_names.try_emplace(key, entry);
+    }
+}
+
 } // namespace scrivly

@@ -33,6 +33,9 @@ public:
     void add(std::string_view address, std::string_view name,
              const std::optional<std::string>& contact = std::nullopt);
 
+    // Adds the other book's entries for keys this book doesn't have yet: this book's names win.
+    void merge(const NameBook& other);
+
     std::optional<std::string> name(std::string_view address) const;
     std::optional<std::string> contact(std::string_view address) const;
     // The name when known, else the tidied address.

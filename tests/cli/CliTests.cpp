@@ -382,7 +382,10 @@ TEST_F(CliTest, BrokenInputsFailWithTheirReason) {
         {"unknown command", {"frobnicate"}, 2, "Unknown command"},
         {"missing argument", {"messages"}, 2, ""},
         {"unknown time zone", {"--time-zone", "Mars/Olympus", "conversations"}, 2, "Unknown time"},
-        {"contacts file", {"--contacts", "people.vcf", "conversations"}, 2, "Contacts files"},
+        {"missing contacts file",
+         {"--contacts", missing, "conversations"},
+         1,
+         "The contacts file couldn’t be read: "},
         {"two outputs", {"export", "x", "--csv", "a.csv", "--pdf", "a.pdf"}, 2, "Choose one"},
         {"unknown paper", {"export", "x", "--pdf", "a.pdf", "--paper", "legal"}, 2, ""},
     };
@@ -394,6 +397,26 @@ TEST_F(CliTest, BrokenInputsFailWithTheirReason) {
         EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
         EXPECT_EQ(outcome.out, "");
     }
+}
+
+TEST_F(CliTest, ContactsMergeOnePersonsNumberAndEmailChats) {
+    // One card claims Maya's number and Theo's e-mail address, so their three chats become one
+    // conversation keyed by the card.
+    const auto cards = m_temp.path() / "people.vcf";
+    writeFile(cards, "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:card-7\r\nFN:Sam Rivera\r\n"
+                     "TEL;TYPE=CELL:(555) 010-2233\r\nEMAIL:Theo.Lindqvist@example.com\r\n"
+                     "END:VCARD\r\n");
+    auto arguments = sampleArgs();
+    arguments.insert(arguments.end(), {"--contacts", cards.string(), "conversations", "--json"});
+    const auto outcome = cli(arguments);
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const auto list = Json::parse(outcome.out);
+    const auto merged = std::find_if(list.begin(), list.end(),
+                                     [](const Json& item) { return item["id"] == "k:card-7"; });
+    ASSERT_NE(merged, list.end()) << outcome.out;
+    EXPECT_EQ((*merged)["title"], "Sam Rivera");
+    EXPECT_EQ((*merged)["chatIDs"].size(), 3U);
+    EXPECT_EQ(list.size(), 4U);
 }
 
 TEST_F(CliTest, AmbiguousTitleListsTheCandidates) {
