@@ -3,6 +3,8 @@
 #include "cli/Errors.h"
 #include "cli/TemporaryFolder.h"
 
+#include "ScrivlyKit/contacts/ContactSources.h"
+
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/database/SQLiteError.h"
 #include "ScrivlyKit/export/ExportOptions.h"
@@ -143,6 +145,7 @@ Session::Session(const GlobalOptions& options, Interrupts& interrupts)
             SampleDatabase::create((m_sample->path() / "history").string(), Date::now());
         m_reader = MessagesReader{info.database, info.home, std::nullopt};
         m_names = SampleDatabase::nameBook();
+        addContactNames(options.contacts);
         return;
     }
 
@@ -157,6 +160,21 @@ Session::Session(const GlobalOptions& options, Interrupts& interrupts)
     if (!options.direct) {
         m_reader.folder = snapshotFolder();
     }
+    addContactNames(options.contacts);
+}
+
+void Session::addContactNames(const std::vector<std::string>& paths) {
+    if (paths.empty()) {
+        return;
+    }
+    std::vector<std::string> sources;
+    for (const auto& path : paths) {
+        sources.push_back(absolute(expandTilde(path)));
+    }
+    // Address-book databases are copied privately too, in a folder of their own so that the
+    // clean-up of leftover message snapshots never touches a copy in use.
+    const auto scratch = fs::path(snapshotFolder()).parent_path() / "scrivly-contacts";
+    m_names.merge(ContactSources::load(sources, scratch.string()).names);
 }
 
 Session::~Session() = default;
