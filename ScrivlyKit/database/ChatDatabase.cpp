@@ -11,6 +11,8 @@ namespace {
 
 using Row = SQLiteConnection::Row;
 
+constexpr std::int64_t kMemoryMapBytes = std::int64_t{1} << 32;
+
 // U+FFFC OBJECT REPLACEMENT CHARACTER, which stands in the text where an attachment was placed.
 constexpr std::string_view kObjectReplacement = "\xEF\xBF\xBC";
 
@@ -56,6 +58,10 @@ std::string joinedIDs(const std::vector<std::int64_t>& chatIDs) {
 ChatDatabase::ChatDatabase(std::string path, std::string home, bool immutable)
     : m_url(std::move(path)), m_home(std::move(home)),
       m_connection(m_url, /*readOnly=*/true, immutable) {
+    // Reading pages through a memory map skips copying each one out of the file cache; the chat
+    // list visits every page of the message table, on large histories many times over. SQLite
+    // caps the size at its own limit and falls back to plain reads where mapping fails.
+    m_connection.execute("PRAGMA mmap_size=" + std::to_string(kMemoryMapBytes));
     std::set<std::string> tables;
     m_connection.query("SELECT name FROM sqlite_master WHERE type = 'table'", {},
                        [&](const Row& row) {
