@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Scrivly/DefaultPlatform.h"
+
+#include <QPointer>
+#include <QWidget>
+
+namespace scrivly {
+
+// The platform for the desktop application: Qt's save panel, the desktop's opener for addresses
+// and folders, and the application's own language for exported dates and times.
+class DesktopPlatform : public DefaultPlatform {
+public:
+    // Save panels open over the active window, or over window when none is active.
+    void setWindow(QWidget* window) { m_window = window; }
+
+    std::string locale() const override;
+    std::optional<QString> saveDestination(const QString& suggestedName, ExportKind kind) override;
+    void openUrl(const QString& url) override;
+    void revealFile(const QString& path) override;
+
+private:
+    QPointer<QWidget> m_window;
+};
+
+} // namespace scrivly

@@ -1,0 +1,16 @@
+#include "Scrivly/ScrivlyApp.h"
+
+#include <QApplication>
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Scrivly"));
+    QApplication::setOrganizationName(QStringLiteral("Scrivly"));
+    QApplication::setOrganizationDomain(QStringLiteral("scrivly.com"));
+    QApplication::setApplicationVersion(QStringLiteral(SCRIVLY_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.scrivly.Scrivly"));
+
+    scrivly::ScrivlyApp app(scrivly::ScrivlyApp::parse(QApplication::arguments()));
+    app.start();
+    return QApplication::exec();
+}

@@ -1,0 +1,341 @@
+// The desktop application's screens driven offscreen over the sample history, which is written
+// once for the whole run (it takes seconds).
+
+#include "Scrivly/AppConfig.h"
+#include "Scrivly/AppModel.h"
+#include "Scrivly/ConversationList.h"
+#include "Scrivly/DesktopPlatform.h"
+#include "Scrivly/ExportSheet.h"
+#include "Scrivly/MainView.h"
+#include "Scrivly/MainWindow.h"
+#include "Scrivly/PreviewSheet.h"
+#include "Scrivly/ScrivlyApp.h"
+#include "Scrivly/StatusView.h"
+#include "Scrivly/TranscriptModel.h"
+#include "Scrivly/TranscriptView.h"
+#include "Scrivly/Updater.h"
+#include "Scrivly/WelcomeView.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPdfDocument>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+#include <QTranslator>
+
+#include <memory>
+
+using namespace scrivly;
+
+namespace {
+
+constexpr int kWait = 90000;
+
+QPushButton* buttonNamed(QWidget* parent, const QString& text) {
+    for (QPushButton* button : parent->findChildren<QPushButton*>()) {
+        if (button->text() == text) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
+// Whether a visible label of the widget shows exactly this text.
+bool showsText(QWidget* parent, const QString& text) {
+    for (QLabel* label : parent->findChildren<QLabel*>()) {
+        if (label->text() == text && label->isVisibleTo(parent)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+class AppWidgetTests : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    std::unique_ptr<ScrivlyApp> m_app;
+
+    AppModel& model() { return m_app->model(); }
+    MainWindow& window() { return m_app->window(); }
+    MainView& mainView() { return *window().mainView(); }
+
+    // Selects the first conversation whose transcript has a photo and reactions.
+    bool openConversationWithPhoto() {
+        for (const Conversation& conversation : model().conversations()) {
+            model().select(conversation.id);
+            if (!QTest::qWaitFor([&] { return model().transcript() && !model().loadingMessages(); },
+                                 kWait)) {
+                return false;
+            }
+            bool photo = false;
+            bool reactions = false;
+            for (const TranscriptEntry& entry : model().transcript()->entries) {
+                reactions = reactions || !entry.reactions.empty();
+                for (const Attachment& attachment : entry.attachments) {
+                    photo = photo ||
+                            (attachment.mimeType && attachment.mimeType->rfind("image/", 0) == 0);
+                }
+            }
+            if (photo && reactions) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+private slots:
+    void initTestCase() {
+        QVERIFY(m_dir.isValid());
+        auto store = std::make_unique<QSettings>(m_dir.filePath(QStringLiteral("settings.ini")),
+                                                 QSettings::IniFormat);
+        store->setValue(QLatin1String(AppConfig::kAppcastKey),
+                        QUrl::fromLocalFile(m_dir.filePath(QStringLiteral("appcast.xml"))));
+        ScrivlyApp::Options options;
+        options.sample = true;
+        options.updateChecks = false;
+        m_app = std::make_unique<ScrivlyApp>(options, std::move(store));
+        m_app->start();
+    }
+
+    void cleanupTestCase() { m_app.reset(); }
+
+    void welcomeSheetWaitsForTheWindowToSettle() {
+        // First launch: the model asks for the welcome sheet at once, the window shows it later.
+        QCOMPARE(model().sheet(), AppModel::Sheet::welcome);
+        QVERIFY(!window().settled());
+        QVERIFY(!window().sheetDialog());
+        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<WelcomeView*>(window().sheetDialog()), 5000);
+        QVERIFY(window().sheetDialog()->isVisible());
+        QPushButton* start = buttonNamed(window().sheetDialog(), QStringLiteral("Get Started"));
+        QVERIFY(start);
+        start->click();
+        QVERIFY(model().settings().onboardingDone);
+        QVERIFY(!model().sheet());
+        QTRY_VERIFY(!window().sheetDialog());
+    }
+
+    void sampleHistoryOpensToTheMainScreen() {
+        QTRY_COMPARE_WITH_TIMEOUT(model().phase(), AppModel::Phase::ready, kWait);
+        QCOMPARE(window().currentScreen(), window().mainView());
+        QVERIFY(mainView().list()->model()->rowCount() > 0);
+        QCOMPARE(static_cast<std::size_t>(mainView().list()->model()->rowCount()),
+                 model().conversations().size());
+        QVERIFY(showsText(mainView().transcript(), QStringLiteral("Choose a Conversation")));
+    }
+
+    void searchThatMatchesNothingShowsAnEmptyList() {
+        QLineEdit* search = mainView().searchField();
+        QTest::keyClicks(search, QStringLiteral("zzqx no such person"));
+        QCOMPARE(model().search(), QStringLiteral("zzqx no such person"));
+        QCOMPARE(mainView().list()->model()->rowCount(), 0);
+        QVERIFY(mainView().list()->isVisibleTo(&window()));
+        QVERIFY(!showsText(&mainView(), QStringLiteral("No Conversations")));
+        search->clear();
+        QVERIFY(mainView().list()->model()->rowCount() > 0);
+    }
+
+    void exportCommandsNeedASelection() {
+        model().select(std::nullopt);
+        QVERIFY(!window().exportAction()->isEnabled());
+        QVERIFY(!window().previewAction()->isEnabled());
+        QVERIFY(!window().exportCSVAction()->isEnabled());
+        QVERIFY(!mainView().exportButton()->isEnabled());
+        QVERIFY(!buttonNamed(mainView().transcript(), QStringLiteral("Export"))->isEnabled());
+        QVERIFY(window().reloadAction()->isEnabled());
+
+        QTest::keyClick(&window(), Qt::Key_E, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(!model().sheet());
+
+        model().select(model().conversations().front().id);
+        QVERIFY(window().exportAction()->isEnabled());
+        QVERIFY(mainView().exportButton()->isEnabled());
+    }
+
+    void keyboardReachesListAndTranscript() {
+        model().select(std::nullopt);
+        QLineEdit* search = mainView().searchField();
+        search->setFocus();
+        QTest::keyClick(search, Qt::Key_Down);
+        // The window's focus widget: offscreen windows are not always made active.
+        QCOMPARE(window().focusWidget(), mainView().list());
+        QCOMPARE(model().selection(), std::optional(model().conversations().front().id));
+        QTRY_VERIFY_WITH_TIMEOUT(model().transcript() && !model().loadingMessages(), kWait);
+        QTest::keyClick(mainView().list(), Qt::Key_Return);
+        QListView* transcript = mainView().transcript()->list();
+        QCOMPARE(window().focusWidget(), transcript);
+        QVERIFY(transcript->currentIndex().isValid());
+    }
+
+    void transcriptShowsDaysPhotosAndReactions() {
+        QVERIFY(openConversationWithPhoto());
+        TranscriptView* view = mainView().transcript();
+        QTRY_VERIFY(view->list()->isVisibleTo(&window()));
+        TranscriptModel& rows = view->rows();
+        QCOMPARE(rows.row(0).kind, TranscriptModel::RowKind::day);
+        bool reactions = false;
+        QString photoPath;
+        for (int i = 0; i < rows.rowCount(); ++i) {
+            if (rows.row(i).kind != TranscriptModel::RowKind::entry) {
+                continue;
+            }
+            const auto& entry = rows.entry(rows.row(i).entry);
+            reactions = reactions || !entry.reactions.isEmpty();
+            for (const auto& attachment : entry.attachments) {
+                if (attachment.kind == TranscriptModel::Shown::Kind::photo) {
+                    photoPath = attachment.path;
+                }
+            }
+        }
+        QVERIFY(reactions);
+        QVERIFY(!photoPath.isEmpty());
+        // Photos are read in the background once asked for, then kept.
+        QImage image;
+        rows.photo(photoPath, &image);
+        QTRY_VERIFY_WITH_TIMEOUT(!rows.photosPending(), kWait);
+        QCOMPARE(rows.photo(photoPath, &image), TranscriptModel::PhotoState::loaded);
+        QVERIFY(image.width() <= TranscriptModel::kPhotoPixels);
+        QVERIFY(!image.isNull());
+    }
+
+    void cancellingThePDFLeavesTheExportSheetUsable() {
+        QVERIFY(model().selection());
+        window().exportAction()->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<ExportSheet*>(window().sheetDialog()), 5000);
+        auto* sheet = qobject_cast<ExportSheet*>(window().sheetDialog());
+        QPushButton* preview = buttonNamed(sheet, QStringLiteral("Preview"));
+        QVERIFY(preview);
+        // No events run between the two clicks, so the rendering cannot finish first.
+        preview->click();
+        QVERIFY(model().exporting());
+        QVERIFY(sheet->progressRow()->isVisibleTo(sheet));
+        QVERIFY(!sheet->exportPDFButton()->isEnabled());
+        sheet->cancelButton()->click();
+
+        QVERIFY(!model().exporting());
+        QCOMPARE(model().sheet(), AppModel::Sheet::exportPanel);
+        QTest::qWait(300);
+        QCOMPARE(window().sheetDialog(), sheet);
+        QVERIFY(sheet->isVisible());
+        QVERIFY(!sheet->progressRow()->isVisibleTo(sheet));
+        QVERIFY(sheet->exportPDFButton()->isEnabled());
+        QVERIFY(preview->isEnabled());
+
+        // Still usable: the preview now renders and replaces the sheet.
+        preview->click();
+        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<PreviewSheet*>(window().sheetDialog()), kWait);
+        auto* shown = qobject_cast<PreviewSheet*>(window().sheetDialog());
+        QTRY_VERIFY_WITH_TIMEOUT(shown->document()->pageCount() > 0, 10000);
+        buttonNamed(shown, QStringLiteral("Back"))->click();
+        QTRY_VERIFY(qobject_cast<ExportSheet*>(window().sheetDialog()));
+        buttonNamed(window().sheetDialog(), QStringLiteral("Close"))->click();
+        QVERIFY(!model().sheet());
+        QTRY_VERIFY(!window().sheetDialog());
+    }
+
+    void updateCheckReportsTheFeed() {
+        const QString feed = m_dir.filePath(QStringLiteral("appcast.xml"));
+        const auto writeFeed = [&feed](const QString& version) {
+            QFile file(feed);
+            QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            file.write(QStringLiteral(
+                           "<?xml version=\"1.0\"?><rss version=\"2.0\" xmlns:sparkle="
+                           "\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>"
+                           "<item><title>Old</title><enclosure url=\"https://scrivly.example/old\" "
+                           "sparkle:version=\"0.0.3\"/></item>"
+                           "<item><title>New</title><link>https://scrivly.example/new</link>"
+                           "<sparkle:shortVersionString>%1</sparkle:shortVersionString></item>"
+                           "</channel></rss>")
+                           .arg(version)
+                           .toUtf8());
+        };
+        Updater& updater = m_app->updater();
+        QSignalSpy finished(&updater, &Updater::finished);
+
+        writeFeed(AppConfig::version());
+        window().checkForUpdates();
+        QVERIFY(updater.checking());
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, 10000);
+        QVERIFY(!updater.checking());
+        QCOMPARE(finished.at(0).at(0).value<Updater::Outcome>(), Updater::Outcome::upToDate);
+        QMessageBox* box = window().findChild<QMessageBox*>();
+        QVERIFY(box);
+        QCOMPARE(box->text(), QStringLiteral("You’re up to date"));
+        QCOMPARE(box->informativeText(),
+                 QStringLiteral("Scrivly %1 is the newest version. Scrivly checks for updates on "
+                                "its own and will let you know when there’s a new one.")
+                     .arg(AppConfig::version()));
+        box->close();
+
+        writeFeed(QStringLiteral("99.1"));
+        updater.checkInBackground();
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 2, 10000);
+        QCOMPARE(finished.at(1).at(0).value<Updater::Outcome>(), Updater::Outcome::updateAvailable);
+        QCOMPARE(finished.at(1).at(1).value<Updater::Release>().link,
+                 QUrl(QStringLiteral("https://scrivly.example/new")));
+        QTRY_VERIFY(window().findChildren<QMessageBox*>().size() <= 1);
+        for (QMessageBox* open : window().findChildren<QMessageBox*>()) {
+            open->close();
+        }
+
+        QFile::remove(feed);
+        updater.checkInBackground(); // a quiet check says nothing when it fails
+        window().checkForUpdates();
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 3, 10000);
+        QCOMPARE(finished.at(2).at(0).value<Updater::Outcome>(), Updater::Outcome::failed);
+        QTRY_VERIFY(window().findChild<QMessageBox*>());
+        box = window().findChild<QMessageBox*>();
+        QCOMPARE(box->text(), QStringLiteral("Couldn’t check for updates"));
+        QCOMPARE(box->informativeText(),
+                 QStringLiteral("Check your internet connection and try again. Scrivly also "
+                                "checks on its own about once a day."));
+        box->close();
+    }
+
+    void germanLocaleShowsGermanTexts() {
+        const QLocale english = QLocale();
+        QLocale::setDefault(QLocale(QStringLiteral("de_DE")));
+        QObject owner;
+        QVERIFY(ScrivlyApp::installTranslations(QLocale(), &owner));
+
+        MainWindow german(model(), m_app->updater());
+        QStringList menus;
+        for (QAction* action : german.menuBar()->actions()) {
+            menus.append(action->text());
+        }
+        QCOMPARE(menus, (QStringList{QStringLiteral("&Ablage"), QStringLiteral("&Bearbeiten"),
+                                     QStringLiteral("&Hilfe")}));
+        QCOMPARE(german.exportAction()->text(), QStringLiteral("Exportieren …"));
+        QCOMPARE(german.mainView()->searchField()->placeholderText(),
+                 QStringLiteral("Namen oder Nummern suchen"));
+        // Exports follow the application's language: their texts and their dates.
+        QCOMPARE(model().exportStrings().pageOf(2, 7), std::string("Seite 2 von 7"));
+        QCOMPARE(DesktopPlatform().locale(), std::string("de_DE"));
+
+        QLocale::setDefault(english);
+    }
+};
+
+int main(int argc, char** argv) {
+    // Folders of its own, so nothing of the user's is read or left behind.
+    QTemporaryDir home;
+    qputenv("HOME", home.path().toUtf8());
+    qputenv("XDG_CACHE_HOME", (home.path() + QStringLiteral("/cache")).toUtf8());
+    qputenv("XDG_CONFIG_HOME", (home.path() + QStringLiteral("/config")).toUtf8());
+    QApplication application(argc, argv);
+    AppWidgetTests tests;
+    return QTest::qExec(&tests, argc, argv);
+}
+
+#include "AppWidgetTests.moc"
