@@ -7,7 +7,9 @@
 
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/database/SQLiteError.h"
+#include "ScrivlyKit/database/SnapshotLease.h"
 #include "ScrivlyKit/export/ExportOptions.h"
+#include "ScrivlyKit/platform/FileSystem.h"
 #include "ScrivlyKit/sample/SampleDatabase.h"
 #include "ScrivlyKit/text/Unicode.h"
 
@@ -98,19 +100,7 @@ std::string userHome() {
 }
 
 std::string snapshotFolder() {
-    fs::path base;
-    if (auto runtime = environment("XDG_RUNTIME_DIR"); !runtime.empty()) {
-        base = runtime;
-    } else if (auto temporary = environment("TMPDIR"); !temporary.empty()) {
-        base = temporary;
-    } else {
-        std::error_code error;
-        base = fs::temp_directory_path(error);
-        if (error) {
-            base = "/tmp";
-        }
-    }
-    return (base / "scrivly-snapshots").string();
+    return (fs::path(FileSystem::userTemporaryFolder()) / "scrivly-snapshots").string();
 }
 
 Session::Session(const GlobalOptions& options, Interrupts& interrupts)
@@ -159,6 +149,8 @@ Session::Session(const GlobalOptions& options, Interrupts& interrupts)
     }
     if (!options.direct) {
         m_reader.folder = snapshotFolder();
+        // Copies left by runs that were killed mid-read; those of runs still going stay.
+        removeLeftoverSnapshots(*m_reader.folder);
     }
     addContactNames(options.contacts);
 }
@@ -173,7 +165,7 @@ void Session::addContactNames(const std::vector<std::string>& paths) {
     }
     // Address-book databases are copied privately too, in a folder of their own so that the
     // clean-up of leftover message snapshots never touches a copy in use.
-    const auto scratch = fs::path(snapshotFolder()).parent_path() / "scrivly-contacts";
+    const auto scratch = fs::path(FileSystem::userTemporaryFolder()) / "scrivly-contacts";
     m_names.merge(ContactSources::load(sources, scratch.string()).names);
 }
 

@@ -1,31 +1,22 @@
 #include "ScrivlyKit/database/MessagesReader.h"
 
 #include "ScrivlyKit/database/ChatDatabase.h"
+#include "ScrivlyKit/database/DatabaseCopy.h"
 #include "ScrivlyKit/database/Snapshot.h"
+#include "ScrivlyKit/database/SnapshotLease.h"
 #include "ScrivlyKit/platform/FileSystem.h"
 #include "ScrivlyKit/platform/UUID.h"
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 namespace scrivly {
 namespace {
 
-// Removes a snapshot folder with everything in it when the read ends, however it ends.
-class FolderRemoval {
-public:
-    explicit FolderRemoval(std::string path) : m_path(std::move(path)) {}
-    ~FolderRemoval() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
-    }
-    FolderRemoval(const FolderRemoval&) = delete;
-    FolderRemoval& operator=(const FolderRemoval&) = delete;
-
-    const std::string& path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
+// How often a copy torn by a concurrent checkpoint is taken again before giving up. Checkpoints
+// are brief and rare next to a copy, so a second attempt nearly always succeeds.
+constexpr int kCopyAttempts = 5;
 
 // Runs operation on the database of one read: the source itself when there is no scratch folder,
 // else a fresh snapshot in a subfolder of its own that is gone when this returns or throws.
@@ -35,14 +26,24 @@ auto withDatabase(const MessagesReader& reader, Operation&& operation) {
         ChatDatabase database(reader.source, reader.home, /*immutable=*/false);
         return operation(database);
     }
-    // The scratch folder usually exists already; if it cannot be made, the snapshot says why.
+    // The scratch folder usually exists already; if it cannot be made, the check below says why.
     std::error_code ignored;
     FileSystem::createPrivateFolders(*reader.folder, ignored);
+    FileSystem::requireOwnerOnlyFolder(*reader.folder);
 
     // Declared before the database so that the database closes before its folder goes.
-    const FolderRemoval subfolder(*reader.folder + "/" + randomUUID());
-    ChatDatabase database = snapshot(reader.source, subfolder.path(), reader.home);
-    return operation(database);
+    const SnapshotLease lease(*reader.folder);
+    for (int attempt = 1;; ++attempt) {
+        try {
+            ChatDatabase database = snapshot(reader.source, lease.path(), reader.home);
+            return operation(database);
+        } catch (const TornCopyError&) {
+            if (attempt == kCopyAttempts) {
+                throw;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10 * attempt));
+        }
+    }
 }
 
 } // namespace

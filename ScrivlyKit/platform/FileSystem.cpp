@@ -1,6 +1,7 @@
 #include "ScrivlyKit/platform/FileSystem.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -144,11 +145,20 @@ void copyFile(const std::string& from, const std::string& to) {
     }
     ::chmod(to.c_str(), 0600);
 #else
-    Descriptor in(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+    // O_NONBLOCK keeps the open itself from waiting on a pipe; regular files ignore it.
+    Descriptor in(::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!in) {
         throwError(kWhat, from, to, errno);
     }
-    Descriptor out(::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    struct stat status {};
+    if (::fstat(in.get(), &status) != 0) {
+        throwError(kWhat, from, to, errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throwError("cannot copy file (not a regular file)", from, to,
+                   S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    }
+    Descriptor out(::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (!out) {
         throwError(kWhat, from, to, errno);
     }
@@ -195,6 +205,38 @@ void createPrivateFolders(const std::string& path) {
     if (error) {
         throwError("cannot create directory", path, error.value());
     }
+}
+
+void requireOwnerOnlyFolder(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        throwError("cannot use folder", path, errno);
+    }
+    const char* reason = nullptr;
+    if (S_ISLNK(status.st_mode)) {
+        reason = "is a symbolic link";
+    } else if (!S_ISDIR(status.st_mode)) {
+        reason = "is not a folder";
+    } else if (status.st_uid != ::geteuid()) {
+        reason = "belongs to another user";
+    } else if ((status.st_mode & 07777) != 0700) {
+        reason = "can be opened by other users (its permissions are not 0700)";
+    }
+    if (reason != nullptr) {
+        throw UnsafeFolderError("The folder for private copies isn’t safe to use: " + path + " " +
+                                reason + ".");
+    }
+}
+
+std::string userTemporaryFolder() {
+    for (const char* name : {"XDG_RUNTIME_DIR", "TMPDIR"}) {
+        if (const char* value = std::getenv(name); value != nullptr && *value != '\0') {
+            return value;
+        }
+    }
+    std::error_code error;
+    const auto temporary = fs::temp_directory_path(error);
+    return error ? std::string("/tmp") : temporary.string();
 }
 
 int openError(const std::string& path) noexcept {

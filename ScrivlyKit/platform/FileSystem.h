@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -7,10 +8,19 @@
 // only their owner may enter, and the open probe.
 namespace scrivly::FileSystem {
 
+// A folder that must hold private copies but could be seen or swapped by someone else. what() is
+// the text the user sees.
+class UnsafeFolderError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 // Copies the bytes of the file from to the file to, replacing it; the copy is readable and
 // writable by its owner only. Clones the file where the file system can, else copies in the
-// kernel, else reads and writes. Throws std::filesystem::filesystem_error; a partly written to
-// may be left behind for the caller to remove.
+// kernel, else reads and writes. Only a regular file is copied: a folder, a pipe or a device is
+// refused at once (a pipe would never end). to is never followed if it is a symbolic link.
+// Throws std::filesystem::filesystem_error; a partly written to may be left behind for the
+// caller to remove.
 void copyFile(const std::string& from, const std::string& to);
 
 // Creates path and any missing folders above it, each new one with permissions 0700 whatever the
@@ -18,6 +28,15 @@ void copyFile(const std::string& from, const std::string& to);
 void createPrivateFolders(const std::string& path);
 // The same, reporting a failure through error instead.
 void createPrivateFolders(const std::string& path, std::error_code& error) noexcept;
+
+// Throws UnsafeFolderError unless path is a real folder (not a symbolic link) owned by the
+// effective user with permissions exactly 0700, so nobody else can read or replace what it holds.
+void requireOwnerOnlyFolder(const std::string& path);
+
+// The per-user place for short-lived private files: $XDG_RUNTIME_DIR, else $TMPDIR, else the
+// system temporary folder. The first is private to the user on Linux; the others may be shared,
+// which is why folders made there must pass requireOwnerOnlyFolder.
+std::string userTemporaryFolder();
 
 // Opens path read-only with the plain open call and closes it at once, reading nothing.
 // Answers 0 when the open succeeded, else its errno.

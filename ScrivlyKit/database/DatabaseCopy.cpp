@@ -1,0 +1,61 @@
+#include "ScrivlyKit/database/DatabaseCopy.h"
+
+#include "ScrivlyKit/platform/FileSystem.h"
+
+#include <cerrno>
+#include <filesystem>
+
+#include <sys/stat.h>
+
+namespace scrivly {
+namespace {
+
+// What tells one version of a file from another without reading it.
+struct FileVersion {
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    timespec modified{};
+    timespec changed{};
+
+    bool operator==(const FileVersion& other) const {
+        return device == other.device && inode == other.inode && size == other.size &&
+               modified.tv_sec == other.modified.tv_sec &&
+               modified.tv_nsec == other.modified.tv_nsec &&
+               changed.tv_sec == other.changed.tv_sec && changed.tv_nsec == other.changed.tv_nsec;
+    }
+};
+
+FileVersion versionOf(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) {
+        throw std::filesystem::filesystem_error("cannot copy file", path,
+                                                std::error_code(errno, std::generic_category()));
+    }
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
+}
+
+} // namespace
+
+TornCopyError::TornCopyError()
+    : std::runtime_error("The database couldn’t be copied: it kept changing while it was copied. "
+                         "Try again in a moment.") {}
+
+void copyDatabaseFiles(const std::string& source, const std::string& copy) {
+    const FileVersion before = versionOf(source);
+    FileSystem::copyFile(source, copy);
+    for (const char* suffix : {"-wal", "-shm"}) {
+        const std::string companion = source + suffix;
+        struct stat status {};
+        // lstat is not enough: a dangling or looping link must not pass for "no log".
+        if (::stat(companion.c_str(), &status) != 0 && errno == ENOENT) {
+            continue;
+        }
+        FileSystem::copyFile(companion, copy + suffix);
+    }
+    if (!(versionOf(source) == before)) {
+        throw TornCopyError();
+    }
+}
+
+} // namespace scrivly
