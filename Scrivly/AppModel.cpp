@@ -634,9 +634,15 @@ void AppModel::loadNames() {
     QtConcurrent::run(&m_pool, [&platform = m_platform] {
         return attempt([&] { return platform.loadNames(); });
     }).then(this, [this, token](Outcome<NameBook> outcome) {
-        // A failed read keeps the names there are: numbers show instead, as without access.
-        if (token == m_namesToken && outcome.value) {
+        if (token != m_namesToken) {
+            return;
+        }
+        if (outcome.value) {
             setNames(std::move(*outcome.value));
+        } else {
+            // The names there are stay; the platform may now call the source unreadable, so the
+            // user is offered to choose again.
+            setContacts(contactsAccess(m_platform.contactsAuthorization()));
         }
     });
 }
@@ -650,7 +656,15 @@ void AppModel::revealApplication() {
 }
 
 void AppModel::openContactsSettings() {
+    if (m_platform.asksForContactsAgain()) {
+        requestContacts();
+        return;
+    }
     m_platform.openUrl(QLatin1String(kContactsURL));
+}
+
+bool AppModel::canChooseContacts() const {
+    return m_platform.asksForContactsAgain() && m_source != DatabaseSource::sample;
 }
 
 // MARK: sheets

@@ -123,6 +123,9 @@ public:
     RenderKey renderKey() const;
     // The name the save panel proposes, such as "Book Club – Messages.pdf".
     QString defaultFileName(ExportKind kind) const;
+    // Whether the user may choose where names come from again (see
+    // Platform::asksForContactsAgain); never while the sample, with its own names, is in force.
+    bool canChooseContacts() const;
     // Where reads make their snapshots.
     QString snapshotFolder() const;
     // The running application's reverse-domain identifier, or kBundleIdentifier.
@@ -165,6 +168,8 @@ public slots:
     void openFullDiskAccessSettings();
     // "Show Scrivly in Finder": the running program, so it can be added to the access list.
     void revealApplication();
+    // Asks again where the platform lets the user choose (canChooseContacts), otherwise opens
+    // the system's privacy pane for contacts.
     void openContactsSettings();
     void showExport();
     // Renders (or reuses) the PDF, then shows it.

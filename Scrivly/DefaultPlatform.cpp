@@ -1,14 +1,26 @@
 #include "Scrivly/DefaultPlatform.h"
 
+#include "Scrivly/AppModel.h"
+#include "ScrivlyKit/contacts/ContactSources.h"
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/export/ExportOptions.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QSettings>
 #include <QStandardPaths>
 
+#include <exception>
+
 namespace scrivly {
+
+DefaultPlatform::DefaultPlatform(QSettings* store) : m_store(store) {
+    if (m_store) {
+        m_sources = m_store->value(QLatin1String(kContactsSourcesKey)).toStringList();
+    }
+}
 
 Date DefaultPlatform::now() const {
     return Date::now();
@@ -39,17 +51,78 @@ DatabaseAccess DefaultPlatform::access(const std::string& path) const {
 }
 
 ContactsAuthorization DefaultPlatform::contactsAuthorization() const {
-    return m_contacts;
+    const std::lock_guard lock(m_mutex);
+    if (m_sources.isEmpty()) {
+        return ContactsAuthorization::notDetermined;
+    }
+    if (m_unreadable) {
+        return ContactsAuthorization::denied;
+    }
+    for (const QString& source : m_sources) {
+        if (!QFileInfo(source).isReadable()) {
+            return ContactsAuthorization::denied;
+        }
+    }
+    return ContactsAuthorization::authorized;
 }
 
 void DefaultPlatform::requestContactsAccess(std::function<void()> done) {
-    // There is no address book to grant access to yet; answer as a user who declined.
-    m_contacts = ContactsAuthorization::denied;
+    const std::optional<QStringList> chosen = chooseContactsSources();
+    if (chosen && !chosen->isEmpty()) {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_sources = *chosen;
+            m_unreadable = false;
+        }
+        if (m_store) {
+            m_store->setValue(QLatin1String(kContactsSourcesKey), *chosen);
+            m_store->sync();
+        }
+    }
     done();
 }
 
 NameBook DefaultPlatform::loadNames() const {
-    return {};
+    QStringList sources;
+    {
+        const std::lock_guard lock(m_mutex);
+        sources = m_sources;
+    }
+    std::vector<std::string> paths;
+    for (const QString& source : sources) {
+        paths.push_back(QFile::encodeName(source).toStdString());
+    }
+    try {
+        NameBook names =
+            ContactSources::load(paths, QFile::encodeName(contactsScratchFolder()).toStdString())
+                .names;
+        const std::lock_guard lock(m_mutex);
+        if (m_sources == sources) {
+            m_unreadable = false;
+        }
+        return names;
+    } catch (const std::exception&) {
+        // The choice stays remembered but shows as refused until the user chooses again.
+        const std::lock_guard lock(m_mutex);
+        if (m_sources == sources) {
+            m_unreadable = true;
+        }
+        throw;
+    }
+}
+
+QStringList DefaultPlatform::contactsSources() const {
+    const std::lock_guard lock(m_mutex);
+    return m_sources;
+}
+
+QString DefaultPlatform::contactsScratchFolder() const {
+    return tempPath() + QLatin1Char('/') + AppModel::bundleIdentifier() +
+           QStringLiteral("-contacts");
+}
+
+std::optional<QStringList> DefaultPlatform::chooseContactsSources() {
+    return std::nullopt;
 }
 
 std::optional<QString> DefaultPlatform::saveDestination(const QString&, ExportKind) {

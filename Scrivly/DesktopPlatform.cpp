@@ -1,12 +1,17 @@
 #include "Scrivly/DesktopPlatform.h"
 
+#include "ScrivlyKit/contacts/AddressBookDatabase.h"
+
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLocale>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -17,9 +22,13 @@ std::string DesktopPlatform::locale() const {
     return QLocale().name().toStdString();
 }
 
+QWidget* DesktopPlatform::dialogParent() const {
+    return QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data();
+}
+
 std::optional<QString> DesktopPlatform::saveDestination(const QString& suggestedName,
                                                         ExportKind kind) {
-    QWidget* parent = QApplication::activeWindow() ? QApplication::activeWindow() : m_window.data();
+    QWidget* parent = dialogParent();
     QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     if (folder.isEmpty() || !QFileInfo(folder).isDir()) {
         folder = QDir::homePath();
@@ -40,6 +49,47 @@ std::optional<QString> DesktopPlatform::saveDestination(const QString& suggested
         path += QLatin1Char('.') + suffix;
     }
     return path;
+}
+
+std::optional<QStringList> DesktopPlatform::chooseContactsSources() {
+    const auto tr = [](const char* text) {
+        return QCoreApplication::translate("scrivly::DesktopPlatform", text);
+    };
+    QWidget* parent = dialogParent();
+    const QString addressBook = QFile::decodeName(QByteArray::fromStdString(
+        AddressBookDatabase::defaultFolder(QFile::encodeName(homePath()).toStdString())));
+
+    QMessageBox box(QMessageBox::Question, tr("Use Contacts"), tr("Where are your contacts?"),
+                    QMessageBox::NoButton, parent);
+    box.setInformativeText(tr("Scrivly reads names from vCard files (.vcf) exported from your "
+                              "address book, or from a folder that holds them. It remembers "
+                              "your choice and never changes your contacts."));
+    QPushButton* thisMac = nullptr;
+    if (QFileInfo(addressBook).isDir()) {
+        thisMac = box.addButton(tr("Use This Mac’s Contacts"), QMessageBox::AcceptRole);
+    }
+    QPushButton* files = box.addButton(tr("Choose vCard Files…"), QMessageBox::AcceptRole);
+    QPushButton* folder = box.addButton(tr("Choose a Folder…"), QMessageBox::AcceptRole);
+    box.addButton(tr("Cancel"), QMessageBox::RejectRole);
+    box.setDefaultButton(thisMac ? thisMac : files);
+    box.exec();
+
+    const QAbstractButton* clicked = box.clickedButton();
+    if (clicked && clicked == thisMac) {
+        return QStringList{addressBook};
+    }
+    if (clicked == files) {
+        const QStringList chosen = QFileDialog::getOpenFileNames(
+            parent, tr("Choose vCard Files"), homePath(),
+            tr("vCard files (*.vcf *.vcard)") + QStringLiteral(";;") + tr("All files (*)"));
+        return chosen.isEmpty() ? std::nullopt : std::optional(chosen);
+    }
+    if (clicked == folder) {
+        const QString chosen =
+            QFileDialog::getExistingDirectory(parent, tr("Choose a Contacts Folder"), homePath());
+        return chosen.isEmpty() ? std::nullopt : std::optional(QStringList{chosen});
+    }
+    return std::nullopt;
 }
 
 void DesktopPlatform::openUrl(const QString& url) {

@@ -7,10 +7,13 @@
 
 namespace scrivly {
 
-// The platform for the desktop application: Qt's save panel, the desktop's opener for addresses
-// and folders, and the application's own language for exported dates and times.
+// The platform for the desktop application: Qt's save panel and file choosers (for the address
+// books that give names), the desktop's opener for addresses and folders, and the application's
+// own language for exported dates and times.
 class DesktopPlatform : public DefaultPlatform {
 public:
+    using DefaultPlatform::DefaultPlatform;
+
     // Save panels open over the active window, or over window when none is active.
     void setWindow(QWidget* window) { m_window = window; }
 
@@ -19,7 +22,13 @@ public:
     void openUrl(const QString& url) override;
     void revealFile(const QString& path) override;
 
+protected:
+    // vCard files or a folder; the signed-in user's macOS address book first when there is one.
+    std::optional<QStringList> chooseContactsSources() override;
+
 private:
+    QWidget* dialogParent() const;
+
     QPointer<QWidget> m_window;
 };
 

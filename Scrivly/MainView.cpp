@@ -165,6 +165,7 @@ MainView::MainView(AppModel& model, QWidget* parent)
     connect(&model, &AppModel::searchChanged, this, &MainView::updateConversations);
     connect(&model, &AppModel::selectionChanged, this, &MainView::updateSelection);
     connect(&model, &AppModel::contactsChanged, this, &MainView::updateContacts);
+    connect(&model, &AppModel::databaseSourceChanged, this, &MainView::updateContacts);
     updateConversations();
     updateContacts();
 }
@@ -197,11 +198,12 @@ void MainView::updateSelection() {
 }
 
 void MainView::updateContacts() {
-    // Without a system settings pane to send people to, the refusal is explained and left there.
+    // Where no system pane decides and the user can't choose again, the refusal is explained
+    // and left there.
 #ifdef Q_OS_MACOS
     const bool canOpenSettings = true;
 #else
-    const bool canOpenSettings = false;
+    const bool canOpenSettings = m_model.canChooseContacts();
 #endif
     switch (m_model.contacts()) {
     case AppModel::ContactsAccess::notAsked:

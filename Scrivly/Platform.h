@@ -47,6 +47,10 @@ public:
     // Reads every contact's addresses and name. Called on a worker thread, so it must be safe to
     // call concurrently with the main thread's calls. Throws std::exception on failure.
     virtual NameBook loadNames() const = 0;
+    // Whether requestContactsAccess may be called again after an answer: true where the user
+    // picks the address books in the application rather than in a one-time system prompt, so
+    // that "Open Settings" asks again instead of opening the system's privacy pane.
+    virtual bool asksForContactsAgain() const { return false; }
 
     // Stands for the save panel: asks where to save a file of the kind, proposing the name;
     // nothing when the user cancelled.

@@ -105,6 +105,7 @@ SettingsView::SettingsView(AppModel& model, std::function<void()> checkForUpdate
     });
     connect(&model, &AppModel::settingsChanged, this, &SettingsView::updateSettings);
     connect(&model, &AppModel::contactsChanged, this, &SettingsView::updateContacts);
+    connect(&model, &AppModel::databaseSourceChanged, this, &SettingsView::updateContacts);
     updateSettings();
     updateContacts();
 }
@@ -127,7 +128,7 @@ void SettingsView::updateContacts() {
     m_contacts->setText(notAsked ? tr("Use Contacts for Names") : tr("Open Contacts Settings"));
 #ifndef Q_OS_MACOS
     // Without a system pane for contacts, the button is offered only while it can still ask.
-    m_contacts->setEnabled(notAsked);
+    m_contacts->setEnabled(notAsked || m_model.canChooseContacts());
 #endif
 }
 

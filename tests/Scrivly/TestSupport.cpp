@@ -50,20 +50,21 @@ void writeHistory(const QString& path, const std::vector<TestChat>& chats) {
     for (std::size_t index = 0; index < chats.size(); ++index) {
         const TestChat& chat = chats[index];
         const auto row = static_cast<std::int64_t>(index + 1); // chat and its handle alike
-        db.run("INSERT INTO handle VALUES (?, ?, 'iMessage')",
-               {Value::integer(row), Value::text(chat.address)});
-        db.run("INSERT INTO chat VALUES (?, ?, 45, ?, 'iMessage', ?)",
-               {Value::integer(row), Value::text("iMessage;-;" + chat.address),
-                Value::text(chat.address),
+        db.run("INSERT INTO handle VALUES (?, ?, ?)",
+               {Value::integer(row), Value::text(chat.address), Value::text(chat.service)});
+        db.run("INSERT INTO chat VALUES (?, ?, 45, ?, ?, ?)",
+               {Value::integer(row), Value::text(chat.service + ";-;" + chat.address),
+                Value::text(chat.address), Value::text(chat.service),
                 chat.displayName ? Value::text(*chat.displayName) : Value::null()});
         db.run("INSERT INTO chat_handle_join VALUES (?, ?)",
                {Value::integer(row), Value::integer(row)});
         for (const TestMessage& message : chat.messages) {
             ++messageRow;
             db.run("INSERT INTO message (ROWID, guid, text, handle_id, service, date, is_from_me)"
-                   " VALUES (?, ?, ?, ?, 'iMessage', ?, ?)",
+                   " VALUES (?, ?, ?, ?, ?, ?, ?)",
                    {Value::integer(messageRow), Value::text("guid-" + std::to_string(messageRow)),
                     Value::text(message.text), Value::integer(message.fromMe ? 0 : row),
+                    Value::text(chat.service),
                     Value::integer(std::llround(message.date.seconds * 1e9)),
                     Value::integer(message.fromMe)});
             db.run("INSERT INTO chat_message_join VALUES (?, ?)",

@@ -40,6 +40,7 @@ struct TestChat {
     std::string address;
     std::vector<TestMessage> messages;
     std::optional<std::string> displayName = {};
+    std::string service = "iMessage";
 };
 
 // Writes a small Messages database at path (replacing it, making its folder): only the tables and
