@@ -42,6 +42,9 @@ public:
     MainView* mainView() const { return m_main; }
     QDialog* sheetDialog() const { return m_sheetDialog; }
     QMessageBox* alert() const { return m_alert; }
+    // The help and settings windows once opened; null before.
+    HelpView* helpWindow() const { return m_help; }
+    SettingsView* settingsWindow() const { return m_settings; }
     QAction* exportAction() const { return m_export; }
     QAction* previewAction() const { return m_preview; }
     QAction* exportCSVAction() const { return m_exportCSV; }

@@ -3,9 +3,11 @@
 #include "Scrivly/AppConfig.h"
 #include "Scrivly/AppModel.h"
 #include "Scrivly/DesktopPlatform.h"
+#include "Scrivly/HelpView.h"
 #include "Scrivly/MainView.h"
 #include "Scrivly/MainWindow.h"
 #include "Scrivly/PreviewSheet.h"
+#include "Scrivly/SettingsView.h"
 #include "Scrivly/Symbols.h"
 #include "Scrivly/TranscriptModel.h"
 #include "Scrivly/TranscriptView.h"
@@ -74,8 +76,8 @@ ScrivlyApp::Options ScrivlyApp::parse(const QStringList& arguments) {
     const QCommandLineOption sheet(
         QStringLiteral("sheet"),
         QCoreApplication::translate("scrivly::ScrivlyApp",
-                                    "With --screenshot: the sheet to show (welcome, export, "
-                                    "preview)."),
+                                    "With --screenshot: the sheet or window to show (welcome, "
+                                    "export, preview, settings, help)."),
         QStringLiteral("NAME"));
     const QCommandLineOption conversation(
         QStringLiteral("conversation"),
@@ -135,7 +137,7 @@ ScrivlyApp::ScrivlyApp(Options options, std::unique_ptr<QSettings> store)
     if (!m_store) {
         m_store = std::make_unique<QSettings>();
     }
-    m_platform = std::make_unique<DesktopPlatform>();
+    m_platform = std::make_unique<DesktopPlatform>(m_store.get());
     m_model = std::make_unique<AppModel>(*m_platform, *m_store);
     m_updater = std::make_unique<Updater>(AppConfig::appcastURL(*m_store), AppConfig::version());
     m_window = std::make_unique<MainWindow>(*m_model, *m_updater);
@@ -178,6 +180,16 @@ void ScrivlyApp::start() {
     if (!m_options.screenshot.isEmpty()) {
         takeScreenshot();
     }
+}
+
+QWidget* ScrivlyApp::otherWindow() const {
+    if (m_options.screenshotSheet == QLatin1String("settings")) {
+        return m_window->settingsWindow();
+    }
+    if (m_options.screenshotSheet == QLatin1String("help")) {
+        return m_window->helpWindow();
+    }
+    return nullptr;
 }
 
 void ScrivlyApp::takeScreenshot() {
@@ -227,10 +239,21 @@ void ScrivlyApp::takeScreenshot() {
             } else if (m_options.screenshotSheet == QLatin1String("preview")) {
                 model.showExport();
                 model.showPreview();
+            } else if (m_options.screenshotSheet == QLatin1String("settings")) {
+                m_window->showSettings();
+            } else if (m_options.screenshotSheet == QLatin1String("help")) {
+                m_window->showHelp();
             }
             *step = Step::sheet;
             return false;
         case Step::sheet: {
+            if (QWidget* other = otherWindow()) {
+                if (!other->isVisible()) {
+                    return false;
+                }
+                *step = Step::shown;
+                return false;
+            }
             const bool wantsSheet = !m_options.screenshotSheet.isEmpty();
             QDialog* sheet = m_window->sheetDialog();
             if (wantsSheet && (!sheet || !sheet->isVisible())) {
@@ -253,6 +276,11 @@ void ScrivlyApp::takeScreenshot() {
             *step = Step::done;
             [[fallthrough]];
         case Step::done: {
+            if (QWidget* other = otherWindow()) {
+                other->grab().save(m_options.screenshot);
+                QTimer::singleShot(0, qApp, &QApplication::quit);
+                return true;
+            }
             QPixmap picture = m_window->grab();
             if (QDialog* sheet = m_window->sheetDialog()) {
                 QPainter painter(&picture);

@@ -8,6 +8,7 @@
 #include <memory>
 
 class QApplication;
+class QWidget;
 class QTemporaryDir;
 class QTranslator;
 
@@ -31,6 +32,7 @@ public:
         bool updateChecks = true;
         // Save a picture of the main window (and the sheet named by screenshotSheet: "welcome",
         // "export" or "preview") once the conversation screenshotConversation shows, then quit.
+        // "settings" and "help" picture that window alone.
         QString screenshot;
         QString screenshotSheet;
         QString screenshotConversation;
@@ -54,6 +56,8 @@ public:
 
 private:
     void takeScreenshot();
+    // The settings or help window a screenshot is of, once open; null for the main window.
+    QWidget* otherWindow() const;
 
     Options m_options;
     std::unique_ptr<QTemporaryDir> m_scratch; // a private preferences store for screenshots

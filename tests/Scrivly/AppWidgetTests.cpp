@@ -1,26 +1,34 @@
 // The desktop application's screens driven offscreen over the sample history, which is written
 // once for the whole run (it takes seconds).
 
+#include "Scrivly/AboutPanel.h"
+#include "Scrivly/AccessView.h"
 #include "Scrivly/AppConfig.h"
 #include "Scrivly/AppModel.h"
 #include "Scrivly/ConversationList.h"
 #include "Scrivly/DesktopPlatform.h"
 #include "Scrivly/ExportSheet.h"
+#include "Scrivly/HelpView.h"
 #include "Scrivly/MainView.h"
 #include "Scrivly/MainWindow.h"
 #include "Scrivly/PreviewSheet.h"
 #include "Scrivly/ScrivlyApp.h"
+#include "Scrivly/SettingsView.h"
 #include "Scrivly/StatusView.h"
 #include "Scrivly/TranscriptModel.h"
 #include "Scrivly/TranscriptView.h"
 #include "Scrivly/Updater.h"
 #include "Scrivly/WelcomeView.h"
+#include "TestSupport.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPdfDocument>
@@ -29,12 +37,16 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextBrowser>
+#include <QTextDocument>
 #include <QToolButton>
 #include <QTranslator>
 
 #include <memory>
 
 using namespace scrivly;
+using scrivly::testing::Harness;
+using scrivly::testing::writeHistory;
 
 namespace {
 
@@ -57,6 +69,33 @@ bool showsText(QWidget* parent, const QString& text) {
         }
     }
     return false;
+}
+
+// The visible labels' texts, rich text read as the plain text it shows.
+QStringList shownTexts(QWidget* parent) {
+    QStringList texts;
+    for (QLabel* label : parent->findChildren<QLabel*>()) {
+        if (!label->isVisibleTo(parent) || label->text().isEmpty()) {
+            continue;
+        }
+        QTextDocument document;
+        document.setHtml(label->text());
+        texts.append(label->textFormat() == Qt::RichText || (label->textFormat() == Qt::AutoText &&
+                                                             Qt::mightBeRichText(label->text()))
+                         ? document.toPlainText()
+                         : label->text());
+    }
+    return texts;
+}
+
+QStringList buttonTexts(QWidget* parent) {
+    QStringList texts;
+    for (QPushButton* button : parent->findChildren<QPushButton*>()) {
+        if (button->isVisibleTo(parent)) {
+            texts.append(button->text());
+        }
+    }
+    return texts;
 }
 
 } // namespace
@@ -301,6 +340,187 @@ private slots:
                  QStringLiteral("Check your internet connection and try again. Scrivly also "
                                 "checks on its own about once a day."));
         box->close();
+    }
+
+    // The phase screens of a history other than the sample's, each in a window of its own.
+    void accessScreenExplainsTheThreeSteps() {
+        Harness harness;
+        harness.platform.accessAnswer = DatabaseAccess::denied;
+        MainWindow other(harness.model(), m_app->updater());
+        harness.model().start();
+        auto* access = qobject_cast<AccessView*>(other.currentScreen());
+        QVERIFY(access);
+        const QStringList texts = shownTexts(access);
+        for (const char* text :
+             {"Let Scrivly read your Messages history",
+              "macOS keeps Messages private until you allow an app. It takes three steps.",
+              "Step 1", "Step 2", "Step 3", "Turn on Scrivly", "Come back here",
+              "Scrivly reads a copy of the Messages database and never changes, moves or deletes "
+              "your messages.",
+              "Everything stays on this Mac. Your messages are never uploaded or sent anywhere.",
+              "You can turn access off again any time in the same place."}) {
+            QVERIFY2(texts.contains(QString::fromUtf8(text)), text);
+        }
+        QVERIFY(buttonTexts(access).contains(QStringLiteral("Show Scrivly in Finder")));
+        // No check button: coming back to the application checks again.
+        QVERIFY(!buttonTexts(access).contains(QStringLiteral("Check Again")));
+    }
+
+    void noHistoryScreenOffersADatabaseOrTheSample() {
+        Harness harness;
+        MainWindow other(harness.model(), m_app->updater());
+        harness.model().start();
+        QCOMPARE(harness.model().phase(), AppModel::Phase::noHistory);
+        QWidget* screen = other.currentScreen();
+        QVERIFY(qobject_cast<StatusView*>(screen));
+        QVERIFY(showsText(screen, QStringLiteral("No Messages history on this Mac")));
+        QVERIFY(showsText(screen,
+                          QStringLiteral("Open Messages and sign in, or turn on Messages in iCloud "
+                                         "(Messages › Settings › iMessage) so your conversations "
+                                         "download to this Mac. Then check again.")));
+#ifdef Q_OS_MACOS
+        QCOMPARE(buttonTexts(screen), QStringList{QStringLiteral("Check Again")});
+#else
+        QCOMPARE(buttonTexts(screen), (QStringList{QStringLiteral("Check Again"),
+                                                   QStringLiteral("Open a Messages Database…"),
+                                                   QStringLiteral("Try the Sample History")}));
+#endif
+        writeHistory(harness.standardDatabase(), {{"+15550001111", {{"Hi", Date::now()}}}});
+        buttonNamed(screen, QStringLiteral("Check Again"))->click();
+        QTRY_VERIFY_WITH_TIMEOUT(other.currentScreen() == other.mainView(), kWait);
+    }
+
+    void failureScreenShowsTheMessageAndTriesAgain() {
+        Harness harness;
+        const QString file = harness.path(QStringLiteral("broken.db"));
+        {
+            QFile broken(file);
+            QVERIFY(broken.open(QIODevice::WriteOnly));
+            broken.write(QByteArray(4096, 'x'));
+        }
+        MainWindow other(harness.model(), m_app->updater());
+        harness.model().openDatabaseFile(file);
+        QTRY_COMPARE_WITH_TIMEOUT(harness.model().phase(), AppModel::Phase::failed, kWait);
+        QWidget* screen = other.currentScreen();
+        QVERIFY(!harness.model().failureMessage().isEmpty());
+        QVERIFY(showsText(screen, QStringLiteral("Messages couldn’t be read")));
+        QVERIFY(showsText(screen, harness.model().failureMessage()));
+        QCOMPARE(buttonTexts(screen), QStringList{QStringLiteral("Try Again")});
+
+        writeHistory(file, {{"+15550001111", {{"Hi", Date::now()}}}});
+        buttonNamed(screen, QStringLiteral("Try Again"))->click();
+        QTRY_VERIFY_WITH_TIMEOUT(other.currentScreen() == other.mainView(), kWait);
+    }
+
+    void problemAlertShowsTheProblemUntilDismissed() {
+        Harness harness;
+        writeHistory(harness.standardDatabase(), {{"+15550001111", {{"Hi", Date::now()}}}});
+        harness.platform.destination = harness.path(QStringLiteral("no such folder/out.csv"));
+        MainWindow other(harness.model(), m_app->updater());
+        other.show();
+        harness.model().start();
+        QVERIFY(harness.open("+1 (555) 000-1111"));
+        harness.model().exportCSV();
+        QVERIFY(harness.model().problem());
+        QTRY_VERIFY(other.alert() && other.alert()->isVisible());
+        QMessageBox* alert = other.alert();
+        QCOMPARE(alert->text(), QStringLiteral("Something went wrong"));
+        QCOMPARE(alert->informativeText(), *harness.model().problem());
+        QVERIFY(
+            alert->informativeText().startsWith(QStringLiteral("The export couldn’t be saved: ")));
+        QCOMPARE(alert->buttons().size(), 1);
+        alert->buttons().at(0)->click();
+        QVERIFY(!harness.model().problem());
+        QTRY_VERIFY(!other.alert());
+    }
+
+    void settingsWindowShowsItsSections() {
+        window().showSettings();
+        SettingsView* settings = window().settingsWindow();
+        QVERIFY(settings && settings->isVisible());
+        QCOMPARE(settings->windowTitle(), QStringLiteral("Settings"));
+        QStringList sections;
+        for (QGroupBox* box : settings->findChildren<QGroupBox*>()) {
+            sections.append(box->title());
+        }
+        QCOMPARE(sections, (QStringList{QStringLiteral("Getting started"),
+                                        QStringLiteral("Exports"), QStringLiteral("Access")}));
+        const QStringList texts = shownTexts(settings);
+        for (const char* text :
+             {"Your name in exports", "Paper", "Messages history", "Contacts",
+              "Scrivly reads a temporary copy of your Messages history and deletes it after each "
+              "read. Nothing is uploaded."}) {
+            QVERIFY2(texts.contains(QString::fromUtf8(text)), text);
+        }
+        QStringList boxes;
+        for (QCheckBox* box : settings->findChildren<QCheckBox*>()) {
+            boxes.append(box->text());
+        }
+        QCOMPARE(boxes,
+                 (QStringList{QStringLiteral("Cover page"), QStringLiteral("Photos in PDFs")}));
+        const QStringList buttons = buttonTexts(settings);
+        QVERIFY(buttons.contains(QStringLiteral("Check for Updates…")));
+        // The sample brings its own names, so there is nothing to choose.
+        QCOMPARE(model().contacts(), AppModel::ContactsAccess::granted);
+        QPushButton* contacts = buttonNamed(settings, QStringLiteral("Open Contacts Settings"));
+        QVERIFY(contacts);
+#ifndef Q_OS_MACOS
+        QVERIFY(!contacts->isEnabled());
+#endif
+        buttonNamed(settings, QStringLiteral("Show the Welcome Screen Again"))->click();
+        QCOMPARE(model().sheet(), AppModel::Sheet::welcome);
+        model().finishOnboarding();
+        QTRY_VERIFY(!window().sheetDialog());
+        settings->close();
+    }
+
+    void helpWindowShowsTheChosenTopic() {
+        window().showHelp();
+        HelpView* help = window().helpWindow();
+        QVERIFY(help && help->isVisible());
+        QCOMPARE(help->windowTitle(), QStringLiteral("Scrivly Help"));
+        auto* list = help->findChild<QListWidget*>();
+        QStringList titles;
+        for (int row = 0; row < list->count(); ++row) {
+            titles.append(list->item(row)->text());
+        }
+        QCOMPARE(titles,
+                 (QStringList{QStringLiteral("Getting started"), QStringLiteral("Exporting"),
+                              QStringLiteral("Missing messages or photos"),
+                              QStringLiteral("Your data and privacy"), QStringLiteral("Support")}));
+        QCOMPARE(help->selectedTopic(), std::optional(QStringLiteral("start")));
+
+        list->setCurrentRow(2);
+        QCOMPARE(help->selectedTopic(), std::optional(QStringLiteral("missing")));
+        const QString shown = help->findChild<QTextBrowser*>()->toPlainText();
+        QVERIFY(shown.startsWith(QStringLiteral("Missing messages or photos")));
+        QVERIFY(shown.contains(QStringLiteral(
+            "Photos that Messages keeps only in iCloud show as “not on this Mac”. Open the "
+            "conversation in Messages to download them, then reload.")));
+        QVERIFY(shown.contains(
+            QStringLiteral("Unsent messages aren’t included: Messages doesn’t keep their words.")));
+        QVERIFY(!shown.contains(QStringLiteral("Choose Use Contacts")));
+
+        help->showTopic(QStringLiteral("support"));
+        QCOMPARE(help->findChild<QTextBrowser*>()->toPlainText(),
+                 QStringLiteral("Support\nQuestions, ideas or a problem? Email %1; a person reads "
+                                "every message.")
+                     .arg(QLatin1String(AppConfig::kSupportAddress)));
+        help->close();
+    }
+
+    void aboutPanelNamesTheApplication() {
+        window().showAbout();
+        auto* about = window().findChild<AboutPanel*>();
+        QVERIFY(about && about->isVisible());
+        QCOMPARE(shownTexts(about),
+                 (QStringList{QStringLiteral("Scrivly"),
+                              QStringLiteral("Version %1").arg(AppConfig::version()),
+                              QStringLiteral("Export Messages conversations to clean, dated PDFs"),
+                              QStringLiteral("Your messages stay on this Mac. Questions: %1")
+                                  .arg(QLatin1String(AppConfig::kSupportAddress))}));
+        buttonNamed(about, QStringLiteral("OK"))->click();
+        QTRY_VERIFY(!window().findChild<AboutPanel*>());
     }
 
     void germanLocaleShowsGermanTexts() {
