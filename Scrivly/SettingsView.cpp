@@ -11,6 +11,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace scrivly {
 
 SettingsView::SettingsView(AppModel& model, std::function<void()> checkForUpdates,
@@ -48,6 +50,8 @@ SettingsView::SettingsView(AppModel& model, std::function<void()> checkForUpdate
 
     auto* access = new QGroupBox(tr("Access"), this);
     auto* accessForm = new QFormLayout(access);
+    // Buttons keep their own width; stretched across the field they read as text boxes.
+    accessForm->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
 #ifdef Q_OS_MACOS
     Q_UNUSED(openDatabase)
     auto* history = new QPushButton(tr("Open Full Disk Access Settings"), access);
@@ -66,6 +70,24 @@ SettingsView::SettingsView(AppModel& model, std::function<void()> checkForUpdate
     note->setForegroundRole(QPalette::PlaceholderText);
     accessForm->addRow(note);
     layout->addWidget(access);
+    // One label column across both sections, so their fields line up.
+    int labelWidth = 0;
+    for (QFormLayout* form : {exportsForm, accessForm}) {
+        for (int row = 0; row < form->rowCount(); ++row) {
+            if (QLayoutItem* item = form->itemAt(row, QFormLayout::LabelRole)) {
+                labelWidth = std::max(labelWidth, item->sizeHint().width());
+            }
+        }
+    }
+    for (QFormLayout* form : {exportsForm, accessForm}) {
+        for (int row = 0; row < form->rowCount(); ++row) {
+            if (QLayoutItem* item = form->itemAt(row, QFormLayout::LabelRole)) {
+                if (item->widget()) {
+                    item->widget()->setMinimumWidth(labelWidth);
+                }
+            }
+        }
+    }
 
     auto* updates = new QHBoxLayout;
     auto* check = new QPushButton(tr("Check for Updates…"), this);
