@@ -16,8 +16,23 @@ constexpr std::int64_t kMemoryMapBytes = std::int64_t{1} << 32;
 // U+FFFC OBJECT REPLACEMENT CHARACTER, which stands in the text where an attachment was placed.
 constexpr std::string_view kObjectReplacement = "\xEF\xBF\xBC";
 
+// Stored text is whatever the writer put there: ill-formed UTF-8 and NUL bytes are replaced by
+// U+FFFD, visibly and in place, so that no later step (Pango, a spreadsheet) cuts the text short
+// or drops it.
+std::optional<std::string> shownText(std::optional<std::string> text) {
+    if (!text) {
+        return text;
+    }
+    std::string repaired = Unicode::repairedUTF8(*text);
+    for (auto found = repaired.find('\0'); found != std::string::npos;
+         found = repaired.find('\0', found)) {
+        repaired.replace(found, 1, "\xEF\xBF\xBD");
+    }
+    return repaired;
+}
+
 std::string textOrEmpty(const Row& row, int column) {
-    return row.text(column).value_or("");
+    return shownText(row.text(column)).value_or("");
 }
 
 std::optional<std::string> displayNameFrom(std::optional<std::string> stored) {
@@ -32,7 +47,7 @@ std::string messageText(const Row& row, int textColumn, int bodyColumn) {
     std::string text = textOrEmpty(row, textColumn);
     if (text.empty()) {
         if (const auto body = row.blob(bodyColumn)) {
-            text = TypedStream::plainText(*body).value_or("");
+            text = shownText(TypedStream::plainText(*body)).value_or("");
         }
     }
     for (auto found = text.find(kObjectReplacement); found != std::string::npos;
@@ -126,7 +141,7 @@ std::vector<Chat> ChatDatabase::chats() {
         chat.id = row.integer(0);
         chat.guid = textOrEmpty(row, 1);
         chat.identifier = textOrEmpty(row, 2);
-        chat.displayName = displayNameFrom(row.text(3));
+        chat.displayName = displayNameFrom(shownText(row.text(3)));
         chat.service = textOrEmpty(row, 4);
         const bool groupStyle = row.integer(5) == Chat::kGroupStyle;
         chat.messageCount = row.integer(6);
@@ -167,7 +182,7 @@ std::vector<Message> ChatDatabase::messages(const std::vector<std::int64_t>& cha
         Attachment attachment;
         attachment.rowID = row.integer(1);
         attachment.path = Attachment::expandedPath(fileName, m_home);
-        attachment.name = Attachment::displayName(row.text(5), fileName);
+        attachment.name = Attachment::displayName(shownText(row.text(5)), shownText(fileName));
         attachment.mimeType = row.text(3);
         attachment.uti = row.text(4);
         attachment.totalBytes = row.integer(6);
@@ -213,7 +228,7 @@ std::vector<Message> ChatDatabase::messages(const std::vector<std::int64_t>& cha
         message.service = textOrEmpty(row, 10);
         message.reactionTarget = Message::reactionTargetFrom(row.text(7));
         message.reactionType = row.integer(8);
-        message.reactionEmoji = row.text(9);
+        message.reactionEmoji = shownText(row.text(9));
         messages.push_back(std::move(message));
     });
     return messages;
