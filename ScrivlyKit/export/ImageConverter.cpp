@@ -8,6 +8,8 @@
 #include <memory>
 #include <mutex>
 
+#include <sys/stat.h>
+
 namespace scrivly::ImageConverter {
 
 namespace {
@@ -87,7 +89,18 @@ std::optional<std::vector<std::uint8_t>> jpegData(const std::string& path, int m
     if (maxPixelSize <= 0 || !vipsReady()) {
         return std::nullopt;
     }
+    // Only a regular file: opening a pipe would wait forever and a device would never end.
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
     try {
+        // The header alone gives the size; nothing is decoded yet.
+        const auto header = vips::VImage::new_from_file(
+            path.c_str(), vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+        if (static_cast<long long>(header.width()) * header.height() > kMaxPixels) {
+            return std::nullopt;
+        }
         // thumbnail() asks the loader for a reduced decode (JPEG shrink-on-load, the HEIC
         // thumbnail or a subsampled read) and rotates by the EXIF orientation.
         auto thumbnail = vips::VImage::thumbnail(

@@ -16,9 +16,15 @@ struct Image {
     std::vector<std::uint8_t> pixels;
 };
 
+// Pictures with more pixels than this are refused unread: a few kilobytes can claim billions of
+// pixels, and decoding those (even at reduced size) would take minutes and much memory. Generous
+// for any camera: a 48-megapixel phone photo or a long panorama passes.
+inline constexpr long long kMaxPixels = 200'000'000;
+
 // Decodes the file directly at reduced size (never the full picture), so the longer side is at
 // most maxPixelSize (smaller pictures keep their size), applies the EXIF orientation, flattens
-// transparency onto white and encodes a JPEG with quality 0..1.
+// transparency onto white and encodes a JPEG with quality 0..1. Gives nothing for anything but a
+// regular file (a folder, a pipe, a device is never opened) and for a picture above kMaxPixels.
 std::optional<std::vector<std::uint8_t>> jpegData(const std::string& path, int maxPixelSize,
                                                   double quality);
 
