@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 
 #include <sys/stat.h>
 
@@ -35,6 +36,17 @@ FileVersion versionOf(const std::string& path) {
     return {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
 }
 
+// The log's identity: its header's checkpoint sequence number and salts, which change only when
+// the log starts over after a complete checkpoint. Empty when there is no log or it is empty.
+std::string logIdentity(const std::string& wal) {
+    std::ifstream in(wal, std::ios::binary);
+    char header[32];
+    if (!in.read(header, sizeof header)) {
+        return {};
+    }
+    return std::string(header + 12, 4) + std::string(header + 16, 8);
+}
+
 } // namespace
 
 TornCopyError::TornCopyError()
@@ -43,7 +55,9 @@ TornCopyError::TornCopyError()
 
 void copyDatabaseFiles(const std::string& source, const std::string& copy) {
     const FileVersion before = versionOf(source);
+    const std::string logBefore = logIdentity(source + "-wal");
     FileSystem::copyFile(source, copy);
+    bool hasLog = false;
     for (const char* suffix : {"-wal", "-shm"}) {
         const std::string companion = source + suffix;
         struct stat status {};
@@ -52,8 +66,15 @@ void copyDatabaseFiles(const std::string& source, const std::string& copy) {
             continue;
         }
         FileSystem::copyFile(companion, copy + suffix);
+        hasLog = true;
     }
-    if (!(versionOf(source) == before)) {
+    // With a log, the main file changes only by checkpoints, which copy in pages from committed
+    // frames that the log copy (taken after the main file) still holds, so the log outweighs
+    // them. That fails only if the log started over meanwhile. Without a log, any change of the
+    // main file may have torn it.
+    const bool torn = hasLog || !logBefore.empty() ? logIdentity(source + "-wal") != logBefore
+                                                   : !(versionOf(source) == before);
+    if (torn) {
         throw TornCopyError();
     }
 }

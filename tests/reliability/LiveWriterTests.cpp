@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <thread>
 
 #include <poll.h>
 #include <unistd.h>
@@ -64,11 +65,13 @@ void runWriter(const std::string& path, int stop, const std::string& report) {
         }
         db.execute("COMMIT");
         ++commits;
-        if (commits % 25 == 0) {
-            db.execute(std::string("PRAGMA wal_checkpoint(") + kCheckpoints[(commits / 25) % 4] +
+        if (commits % 400 == 0) {
+            db.execute(std::string("PRAGMA wal_checkpoint(") + kCheckpoints[(commits / 400) % 4] +
                        ")");
             ++checkpoints;
         }
+        // Far busier than any person's messages, yet leaving a moment between deliveries.
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     std::ofstream(report) << commits << ' ' << checkpoints;
 }
@@ -142,6 +145,7 @@ TEST(LiveWriter, EverySnapshotIsWholeAndNeverGoesBack) {
             } catch (const TornCopyError&) {
                 ++retries;
                 ASSERT_LT(++attempts, 5) << "torn copies five times in a row";
+                std::this_thread::sleep_for(std::chrono::milliseconds(10 * attempts));
             }
         }
         retriedSnapshots += attempts > 0 ? 1 : 0;
