@@ -172,7 +172,8 @@ void Session::addContactNames(const std::vector<std::string>& paths) {
 Session::~Session() = default;
 
 void Session::requireReadable() const {
-    const int descriptor = ::open(m_reader.source.c_str(), O_RDONLY | O_CLOEXEC);
+    // O_NONBLOCK: a pipe given as the database must fail, not wait for a writer.
+    const int descriptor = ::open(m_reader.source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         const int error = errno;
         throw SQLiteError::open(std::string(std::strerror(error)) + " (" + m_reader.source + ")");

@@ -4,9 +4,10 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace scrivly {
 namespace {
@@ -39,12 +40,17 @@ FileVersion versionOf(const std::string& path) {
 // The log's identity: its header's checkpoint sequence number and salts, which change only when
 // the log starts over after a complete checkpoint. Empty when there is no log or it is empty.
 std::string logIdentity(const std::string& wal) {
-    std::ifstream in(wal, std::ios::binary);
-    char header[32];
-    if (!in.read(header, sizeof header)) {
+    // Never blocks: a pipe in the log's place is refused by the copy that follows.
+    const int descriptor = ::open(wal.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) {
         return {};
     }
-    return std::string(header + 12, 4) + std::string(header + 16, 8);
+    struct stat status {};
+    char header[32];
+    const bool read = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
+                      ::pread(descriptor, header, sizeof header, 0) == sizeof header;
+    ::close(descriptor);
+    return read ? std::string(header + 12, 4) + std::string(header + 16, 8) : std::string();
 }
 
 } // namespace

@@ -240,7 +240,8 @@ std::string userTemporaryFolder() {
 }
 
 int openError(const std::string& path) noexcept {
-    const int descriptor = ::open(path.c_str(), O_RDONLY);
+    // O_NONBLOCK: a pipe put where the database should be must not hang the probe.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) {
         return errno;
     }

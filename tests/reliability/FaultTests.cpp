@@ -161,6 +161,15 @@ TEST_F(Faults, BrokenSourcesFailClearlyAndLeaveNothing) {
         expectFailure("The database couldn’t be read: database disk image is malformed");
     }
     {
+        SCOPED_TRACE("a pipe");
+        fs::rename(source, dir.file("away"));
+        ASSERT_EQ(::mkfifo(source.c_str(), 0600), 0);
+        EXPECT_EQ(access(source), DatabaseAccess::granted); // answered at once, not blocked
+        expectFailure("not a regular file");
+        fs::remove(source);
+        fs::rename(dir.file("away"), source);
+    }
+    {
         SCOPED_TRACE("a folder");
         fs::remove(source);
         fs::remove(source + "-shm");
