@@ -1,6 +1,7 @@
 #include "Scrivly/AppModel.h"
 
 #include "Scrivly/SampleHistory.h"
+#include "ScrivlyKit/database/SnapshotLease.h"
 #include "ScrivlyKit/export/CSVExport.h"
 #include "ScrivlyKit/sample/SampleDatabase.h"
 #include "ScrivlyKit/text/Unicode.h"
@@ -467,8 +468,9 @@ void AppModel::reload() {
 }
 
 void AppModel::removeLeftoverSnapshots() {
-    // Left by a run that stopped in the middle of a read. Failures are of no consequence.
-    QDir(snapshotFolder()).removeRecursively();
+    // Left by a run that stopped in the middle of a read; copies another running instance still
+    // holds stay. Failures are of no consequence.
+    scrivly::removeLeftoverSnapshots(snapshotFolder().toStdString());
     QDir(m_platform.cachePath() + QLatin1Char('/') + bundleIdentifier() +
          QStringLiteral("/Snapshot"))
         .removeRecursively();

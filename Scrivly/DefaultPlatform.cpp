@@ -1,5 +1,7 @@
 #include "Scrivly/DefaultPlatform.h"
 
+#include "ScrivlyKit/platform/FileSystem.h"
+
 #include "Scrivly/AppModel.h"
 #include "ScrivlyKit/contacts/ContactSources.h"
 #include "ScrivlyKit/conversations/DayBounds.h"
@@ -39,7 +41,8 @@ QString DefaultPlatform::homePath() const {
 }
 
 QString DefaultPlatform::tempPath() const {
-    return QDir::tempPath();
+    // A per-user place: on Linux the shared temporary folder is visible to other users.
+    return QString::fromStdString(FileSystem::userTemporaryFolder());
 }
 
 QString DefaultPlatform::cachePath() const {
