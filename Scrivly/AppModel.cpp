@@ -300,6 +300,12 @@ void AppModel::setSearch(const QString& search) {
     emit searchChanged();
 }
 
+void AppModel::changeSettings(const std::function<void(AppSettings&)>& change) {
+    AppSettings changed = m_settings;
+    change(changed);
+    setSettings(changed);
+}
+
 void AppModel::setSettings(const AppSettings& settings) {
     if (settings == m_settings) {
         return;
@@ -363,6 +369,12 @@ void AppModel::setFromDay(DayBounds::Day day) {
 
 void AppModel::setToDay(DayBounds::Day day) {
     setTo(DayBounds::startOfDay(day, m_platform.timeZone()));
+}
+
+void AppModel::changeForm(const std::function<void(ExportForm&)>& change) {
+    ExportForm changed = m_form;
+    change(changed);
+    setForm(changed);
 }
 
 void AppModel::setForm(const ExportForm& form) {

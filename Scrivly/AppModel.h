@@ -135,6 +135,9 @@ public:
     void setSearch(const QString& search);
     // Saved at once.
     void setSettings(const AppSettings& settings);
+    // Changes a copy of the settings and stores it, which saves it: for controls bound to one
+    // field.
+    void changeSettings(const std::function<void(AppSettings&)>& change);
     void setUseFrom(bool useFrom);
     void setUseTo(bool useTo);
     void setFrom(Date from);
@@ -145,6 +148,7 @@ public:
     void setFromDay(DayBounds::Day day);
     void setToDay(DayBounds::Day day);
     void setForm(const ExportForm& form);
+    void changeForm(const std::function<void(ExportForm&)>& change);
 
     // Selects a conversation (or none) and reads its messages.
     void select(const std::optional<std::string>& id);

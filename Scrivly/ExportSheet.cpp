@@ -124,39 +124,27 @@ ExportSheet::ExportSheet(AppModel& model, QWidget* parent)
     layout->addLayout(buttons);
 
     connect(m_title, &QLineEdit::textEdited, this, [this](const QString& text) {
-        ExportForm form = m_model.form();
-        form.title = text;
-        m_model.setForm(form);
+        m_model.changeForm([&](ExportForm& form) { form.title = text; });
     });
     connect(m_header, &QLineEdit::textEdited, this, [this](const QString& text) {
-        ExportForm form = m_model.form();
-        form.header = text;
-        m_model.setForm(form);
+        m_model.changeForm([&](ExportForm& form) { form.header = text; });
     });
     connect(m_prefix, &QLineEdit::textEdited, this, [this](const QString& text) {
-        ExportForm form = m_model.form();
-        form.batesPrefix = text;
-        m_model.setForm(form);
+        m_model.changeForm([&](ExportForm& form) { form.batesPrefix = text; });
     });
     connect(m_start, &QSpinBox::valueChanged, this, [this](int value) {
-        ExportForm form = m_model.form();
-        form.batesStart = value;
-        m_model.setForm(form);
+        m_model.changeForm([&](ExportForm& form) { form.batesStart = value; });
     });
     connect(m_paper, &QComboBox::activated, this, [this](int row) {
-        AppSettings settings = m_model.settings();
-        settings.paper = static_cast<PaperSize>(m_paper->itemData(row).toInt());
-        m_model.setSettings(settings);
+        m_model.changeSettings([&](AppSettings& settings) {
+            settings.paper = static_cast<PaperSize>(m_paper->itemData(row).toInt());
+        });
     });
     connect(m_cover, &QCheckBox::toggled, this, [this](bool on) {
-        AppSettings settings = m_model.settings();
-        settings.coverPage = on;
-        m_model.setSettings(settings);
+        m_model.changeSettings([&](AppSettings& settings) { settings.coverPage = on; });
     });
     connect(m_photos, &QCheckBox::toggled, this, [this](bool on) {
-        AppSettings settings = m_model.settings();
-        settings.includeImages = on;
-        m_model.setSettings(settings);
+        m_model.changeSettings([&](AppSettings& settings) { settings.includeImages = on; });
     });
     connect(m_close, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_preview, &QPushButton::clicked, &model, &AppModel::showPreview);

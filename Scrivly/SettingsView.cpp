@@ -99,24 +99,18 @@ SettingsView::SettingsView(AppModel& model, std::function<void()> checkForUpdate
     connect(welcome, &QPushButton::clicked, &model, &AppModel::showWelcome);
     connect(check, &QPushButton::clicked, this, std::move(checkForUpdates));
     connect(m_name, &QLineEdit::textEdited, this, [this](const QString& text) {
-        AppSettings settings = m_model.settings();
-        settings.myName = text;
-        m_model.setSettings(settings);
+        m_model.changeSettings([&](AppSettings& settings) { settings.myName = text; });
     });
     connect(m_paper, &QComboBox::activated, this, [this](int row) {
-        AppSettings settings = m_model.settings();
-        settings.paper = static_cast<PaperSize>(m_paper->itemData(row).toInt());
-        m_model.setSettings(settings);
+        m_model.changeSettings([&](AppSettings& settings) {
+            settings.paper = static_cast<PaperSize>(m_paper->itemData(row).toInt());
+        });
     });
     connect(m_cover, &QCheckBox::toggled, this, [this](bool on) {
-        AppSettings settings = m_model.settings();
-        settings.coverPage = on;
-        m_model.setSettings(settings);
+        m_model.changeSettings([&](AppSettings& settings) { settings.coverPage = on; });
     });
     connect(m_photos, &QCheckBox::toggled, this, [this](bool on) {
-        AppSettings settings = m_model.settings();
-        settings.includeImages = on;
-        m_model.setSettings(settings);
+        m_model.changeSettings([&](AppSettings& settings) { settings.includeImages = on; });
     });
     connect(m_contacts, &QPushButton::clicked, this, [this] {
         if (m_model.contacts() == AppModel::ContactsAccess::notAsked) {
