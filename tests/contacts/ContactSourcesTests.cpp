@@ -1,7 +1,6 @@
 #include "ScrivlyKit/contacts/AddressBookDatabase.h"
 #include "ScrivlyKit/contacts/ContactSources.h"
 #include "ScrivlyKit/contacts/ContactsError.h"
-#include "ScrivlyKit/conversations/Conversation.h"
 #include "ScrivlyKit/database/SQLiteConnection.h"
 #include "tests/support/TempDir.h"
 
@@ -44,18 +43,6 @@ void writeAddressBook(const std::string& path) {
             ZORDERINGINDEX INTEGER, ZFULLNUMBER VARCHAR);
         INSERT INTO ZABCDRECORD VALUES (1, 'MAC-1:ABPerson', 'Mac', 'Person');
         INSERT INTO ZABCDPHONENUMBER VALUES (1, 1, 0, '(555) 010-2233');)");
-}
-
-Chat directChat(std::int64_t id, const std::string& address, const std::string& service) {
-    Chat chat;
-    chat.id = id;
-    chat.guid = service + ";-;" + address;
-    chat.identifier = address;
-    chat.service = service;
-    chat.handles = {Handle{id, address, service}};
-    chat.messageCount = 2;
-    chat.lastDate = Date{static_cast<double>(id)};
-    return chat;
 }
 
 } // namespace
@@ -121,26 +108,4 @@ TEST(ContactSourcesLoad, AnUnreadablePathIsAnErrorNamingIt) {
         EXPECT_EQ(std::string(error.what()), "The contacts file couldn’t be read: " + missing +
                                                  " (No such file or directory)");
     }
-}
-
-TEST(ContactSourcesLoad, OnePersonsSMSAndEmailChatsBecomeOneConversation) {
-    scrivly::testing::TempDir folder;
-    const auto path =
-        write(folder.file("ann.vcf"), vcard("card-ann", "Ann Lee",
-                                            {"item1.TEL;TYPE=CELL:+1 (555) 010-2233",
-                                             "item2.EMAIL;TYPE=INTERNET:ann.lee@example.com"}));
-    const auto names = ContactSources::load({path}, folder.file("scratch")).names;
-
-    const std::vector<Chat> chats = {
-        directChat(1, "+15550102233", "SMS"),
-        directChat(2, "Ann.Lee@Example.com", "iMessage"),
-        directChat(3, "+15550109999", "SMS"),
-    };
-    const auto conversations = Conversations::group(chats, names);
-    ASSERT_EQ(conversations.size(), 2U);
-    const auto& ann = conversations[0].id == "k:card-ann" ? conversations[0] : conversations[1];
-    EXPECT_EQ(ann.id, "k:card-ann");
-    EXPECT_EQ(ann.title, "Ann Lee");
-    EXPECT_EQ(ann.chatIDs, (std::vector<std::int64_t>{1, 2}));
-    EXPECT_EQ(ann.services, (std::vector<std::string>{"SMS", "iMessage"}));
 }

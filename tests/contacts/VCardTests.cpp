@@ -79,55 +79,52 @@ const std::string kWebmailExport = lines({
 
 } // namespace
 
-TEST(VCardParse, PhoneExportInVersion21) {
-    const auto result = VCard::parse(kPhoneExport, "/contacts/phone.vcf");
-    EXPECT_EQ(result.skipped, 0U);
-    ASSERT_EQ(result.cards.size(), 2U);
-
-    const auto& jurgen = result.cards[0];
-    EXPECT_EQ(jurgen.fullName, "Jürgen Müller");
-    EXPECT_THAT(jurgen.phoneNumbers, ElementsAre("+49 30 1234567", "030-7654321"));
-    EXPECT_THAT(jurgen.emailAddresses, IsEmpty());
-
-    const auto& jose = result.cards[1];
-    EXPECT_EQ(jose.fullName, "José García"); // from N, converted from ISO-8859-1
-    EXPECT_THAT(jose.phoneNumbers, ElementsAre("555-010-4455"));
-    EXPECT_THAT(jose.emailAddresses, ElementsAre("jose@example.net"));
-}
-
-TEST(VCardParse, WebmailExportInVersion30) {
-    const auto result = VCard::parse(kWebmailExport, "webmail.vcf");
-    EXPECT_EQ(result.skipped, 0U);
-    ASSERT_EQ(result.cards.size(), 2U);
-
-    const auto& bea = result.cards[0];
-    EXPECT_EQ(bea.identifier, "webmail-bea");
-    EXPECT_EQ(bea.fullName, "Beatrice O’Neill, Jr.");
-    EXPECT_EQ(bea.organisation, "Lee, Partners & Co");
-    EXPECT_THAT(bea.emailAddresses, ElementsAre("bea@example.com"));
-    EXPECT_THAT(bea.phoneNumbers, ElementsAre("+1 555 010 7788"));
-
-    const auto& carlos = result.cards[1];
-    EXPECT_EQ(carlos.fullName, "Carlos Ruiz"); // the fold's space is not part of the name
-    EXPECT_THAT(carlos.emailAddresses, ElementsAre("carlos@example.org", "c.ruiz@example.com"));
-}
-
-TEST(VCardParse, Version40WithTelURIsAndByteOrderMark) {
-    // Also lower-case keywords, LF line ends, and blank lines and text around the card.
-    const std::string bytes = "\xEF\xBB\xBF"
-                              "begin:vcard\nversion:4.0\n"
-                              "UID:urn:uuid:4fbe8971-0bc3-424c-9c26-36c3e1eff6b1\nfn:Chen Wei\n"
-                              "TEL;VALUE=uri;TYPE=\"voice,cell\";PREF=1:tel:+1-555-010-2233;ext=1\n"
-                              "tel;value=uri:tel:%2B44-20-7946-0018\n\n"
-                              "TEL;TYPE=home:tel:555-010-9900\n"
-                              "EMAIL;TYPE=work:mailto:Chen.Wei@Example.org?subject=hi\n"
-                              "end:vcard\n\nTrailing text\n";
-    const auto chen = only(VCard::parse(bytes, "four.vcf"));
-    EXPECT_EQ(chen.identifier, "urn:uuid:4fbe8971-0bc3-424c-9c26-36c3e1eff6b1");
-    EXPECT_EQ(chen.fullName, "Chen Wei");
-    EXPECT_THAT(chen.phoneNumbers,
-                ElementsAre("+1-555-010-2233", "+44-20-7946-0018", "555-010-9900"));
-    EXPECT_THAT(chen.emailAddresses, ElementsAre("Chen.Wei@Example.org"));
+TEST(VCardParse, ExportsOfEachVersion) {
+    // Version 4.0 with tel: and mailto: values, lower-case keywords, LF line ends, a byte order
+    // mark, and blank lines and text around the card.
+    const std::string version4 =
+        "\xEF\xBB\xBF"
+        "begin:vcard\nversion:4.0\n"
+        "UID:urn:uuid:4fbe8971\nfn:Chen Wei\n"
+        "TEL;VALUE=uri;TYPE=\"voice,cell\";PREF=1:tel:+1-555-010-2233;ext=1\n"
+        "tel;value=uri:tel:%2B44-20-7946-0018\n\n"
+        "TEL;TYPE=home:tel:555-010-9900\n"
+        "EMAIL;TYPE=work:mailto:Chen.Wei@Example.org?subject=hi\n"
+        "end:vcard\n\nTrailing text\n";
+    const auto card = [](std::string id, std::string name, std::vector<std::string> phones,
+                         std::vector<std::string> emails, std::string organisation = "") {
+        return ContactCard{std::move(id), std::move(name), std::move(organisation),
+                           std::move(phones), std::move(emails)};
+    };
+    const auto fallback = VCard::fallbackIdentifier;
+    const struct {
+        const char* path;
+        std::string bytes;
+        std::vector<ContactCard> cards;
+    } files[] = {
+        {"/contacts/phone.vcf",
+         kPhoneExport,
+         {card(fallback("/contacts/phone.vcf", 0), "Jürgen Müller",
+               {"+49 30 1234567", "030-7654321"}, {}),
+          // The name comes from N, converted from ISO-8859-1.
+          card(fallback("/contacts/phone.vcf", 1), "José García", {"555-010-4455"},
+               {"jose@example.net"})}},
+        {"webmail.vcf",
+         kWebmailExport,
+         {card("webmail-bea", "Beatrice O’Neill, Jr.", {"+1 555 010 7788"}, {"bea@example.com"},
+               "Lee, Partners & Co"),
+          // The fold's space is not part of the name.
+          card(fallback("webmail.vcf", 1), "Carlos Ruiz", {},
+               {"carlos@example.org", "c.ruiz@example.com"})}},
+        {"four.vcf",
+         version4,
+         {card("urn:uuid:4fbe8971", "Chen Wei",
+               {"+1-555-010-2233", "+44-20-7946-0018", "555-010-9900"}, {"Chen.Wei@Example.org"})}},
+    };
+    for (const auto& file : files) {
+        SCOPED_TRACE(file.path);
+        EXPECT_EQ(VCard::parse(file.bytes, file.path), (VCard::Result{file.cards, 0}));
+    }
 }
 
 TEST(VCardParse, NameFallbacks) {
