@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace scrivly;
@@ -43,20 +44,14 @@ Bytes handMade(std::size_t padding, std::string_view marker, std::string_view te
 
 } // namespace
 
-TEST(TypedStream, RoundTripsTextsAcrossEveryLengthForm) {
+TEST(TypedStream, RoundTripsTextsOfEveryKind) {
     const std::vector<std::string> texts = {
-        "",
-        std::string(127, 'a'),
-        std::string(128, 'b'),
-        std::string(32767, 'c'),
-        std::string(32768, 'd'),
-        std::string(100000, 'e'),
         "Hi \xF0\x9F\x98\x80 there \xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD", // emoji with a skin tone
         "Caf\xC3\xA9 \xE2\x80\x94 \xEF\xBF\xBC attached",             // é, em dash, U+FFFC
         std::string("nul\0inside", 10),
     };
     for (const auto& text : texts) {
-        SCOPED_TRACE(text.size());
+        SCOPED_TRACE(text);
         EXPECT_EQ(read(TypedStream::archive(text)), text);
     }
 }
@@ -85,7 +80,7 @@ TEST(TypedStream, WritesTheExactArchiveBytes) {
     EXPECT_EQ(TypedStream::archive("Hi \xF0\x9F\x98\x80"), expected);
 }
 
-TEST(TypedStream, EncodesLengthsInOneTwoOrFourBytes) {
+TEST(TypedStream, EncodesLengthsInOneTwoOrFourBytesAndReadsThemBack) {
     struct Case {
         std::size_t length;
         Bytes field;
@@ -96,7 +91,7 @@ TEST(TypedStream, EncodesLengthsInOneTwoOrFourBytes) {
         {128, {0x81, 0x80, 0x00}},
         {32767, {0x81, 0xFF, 0x7F}},
         {32768, {0x82, 0x00, 0x80, 0x00, 0x00}},
-        {70000, {0x82, 0x70, 0x11, 0x01, 0x00}},
+        {100000, {0x82, 0xA0, 0x86, 0x01, 0x00}},
     };
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.length);
@@ -113,16 +108,43 @@ TEST(TypedStream, EncodesLengthsInOneTwoOrFourBytes) {
                         archive.begin() +
                             static_cast<std::ptrdiff_t>(utf16Start + testCase.field.size())),
                   testCase.field);
+        EXPECT_EQ(read(archive), text);
     }
 }
 
-TEST(TypedStream, RejectsBuffersTooShortOrWithoutSignature) {
+TEST(TypedStream, FindsTheTextOnlyWhereAnArchiveHoldsIt) {
     Bytes sixteen{0x04, 0x0B};
     append(sixteen, "streamtyped");
     sixteen.insert(sixteen.end(), {0x01, 0x2B, 0x00});
-    ASSERT_EQ(sixteen.size(), 16U);
-    EXPECT_EQ(read(sixteen), std::nullopt);
-    EXPECT_EQ(read({}), std::nullopt);
+    auto noSignature = TypedStream::archive("moved");
+    noSignature[2] = 'S';
+    auto noClass = handMade(0, "\x84\x01\x2B", "hello");
+    noClass[14] = 'X'; // "NSString" becomes "XSString"
+    // "NSString" appears only far behind "NSMutableString"; the marker is near the latter.
+    Bytes twoClasses{0x04, 0x0B};
+    append(twoClasses, "streamtyped");
+    append(twoClasses, "NSMutableString\x84\x01\x2B\x03one");
+    twoClasses.insert(twoClasses.end(), 30, 0x00);
+    append(twoClasses, "NSString\x84\x01\x2B\x03two");
+
+    const std::vector<std::tuple<const char*, Bytes, std::optional<std::string>>> cases = {
+        {"empty", {}, std::nullopt},
+        {"sixteen bytes", sixteen, std::nullopt},
+        {"no signature", noSignature, std::nullopt},
+        {"no string class", noClass, std::nullopt},
+        {"long marker", handMade(0, "\x84\x01\x2B", "hello"), "hello"},
+        {"short marker", handMade(0, "\x01\x2B", "short"), "short"},
+        // The marker must end within 24 bytes of the class name's end.
+        {"long marker at the limit", handMade(21, "\x84\x01\x2B", "edge"), "edge"},
+        {"long marker past it", handMade(22, "\x84\x01\x2B", "edge"), std::nullopt},
+        {"short marker at the limit", handMade(22, "\x01\x2B", "edge"), "edge"},
+        {"short marker past it", handMade(23, "\x01\x2B", "edge"), std::nullopt},
+        {"the class name that ends first", twoClasses, "one"},
+    };
+    for (const auto& [name, bytes, expected] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(read(bytes), expected);
+    }
 
     const auto valid = TypedStream::archive("moved");
     for (std::size_t padding = 0; padding <= 13; ++padding) {
@@ -132,35 +154,6 @@ TEST(TypedStream, RejectsBuffersTooShortOrWithoutSignature) {
         // The signature starts at padding + 2: offset 13 is the last that fits in 24 bytes.
         EXPECT_EQ(read(shifted).has_value(), padding + 2 <= 13);
     }
-
-    auto noSignature = valid;
-    noSignature[2] = 'S';
-    EXPECT_EQ(read(noSignature), std::nullopt);
-}
-
-TEST(TypedStream, NeedsAStringClassAndAMarkerCloseBehindIt) {
-    EXPECT_EQ(read(handMade(0, "\x84\x01\x2B", "hello")), "hello");
-    EXPECT_EQ(read(handMade(0, "\x01\x2B", "only short marker")), "only short marker");
-    // The long marker must end within 24 bytes of the class name's end.
-    EXPECT_EQ(read(handMade(21, "\x84\x01\x2B", "edge")), "edge");
-    EXPECT_EQ(read(handMade(22, "\x84\x01\x2B", "edge")), std::nullopt);
-    EXPECT_EQ(read(handMade(22, "\x01\x2B", "edge")), "edge");
-    EXPECT_EQ(read(handMade(23, "\x01\x2B", "edge")), std::nullopt);
-    EXPECT_EQ(read(handMade(40, "\x84\x01\x2B", "far away")), std::nullopt);
-
-    auto noClass = handMade(0, "\x84\x01\x2B", "hello");
-    noClass[14] = 'X'; // "NSString" becomes "XSString"
-    EXPECT_EQ(read(noClass), std::nullopt);
-}
-
-TEST(TypedStream, UsesTheClassNameThatEndsFirst) {
-    // "NSString" appears only far behind "NSMutableString"; the marker is near the latter.
-    Bytes bytes{0x04, 0x0B};
-    append(bytes, "streamtyped");
-    append(bytes, "NSMutableString\x84\x01\x2B\x03one");
-    bytes.insert(bytes.end(), 30, 0x00);
-    append(bytes, "NSString\x84\x01\x2B\x03two");
-    EXPECT_EQ(read(bytes), "one");
 }
 
 TEST(TypedStream, RejectsBadLengthFields) {
@@ -179,6 +172,7 @@ TEST(TypedStream, RejectsBadLengthFields) {
         {"32-bit length past the end", {0x82, 0x15, 0x00, 0x00, 0x00}, std::string(20, 'a')},
         {"16-bit field cut short", {0x81, 0x01}, ""},
         {"32-bit field cut short", {0x82, 0x01, 0x00, 0x00}, ""},
+        {"no length field", {}, ""},
     };
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.name);
@@ -189,12 +183,6 @@ TEST(TypedStream, RejectsBadLengthFields) {
         append(bytes, testCase.tail);
         EXPECT_EQ(read(bytes), std::nullopt);
     }
-
-    // Marker at the very end: the length field lies outside the buffer.
-    Bytes markerAtEnd{0x04, 0x0B};
-    append(markerAtEnd, "streamtyped");
-    append(markerAtEnd, "NSString\x84\x01\x2B");
-    EXPECT_EQ(read(markerAtEnd), std::nullopt);
 }
 
 TEST(TypedStream, EveryTruncationBeforeTheTextEndGivesNothing) {
@@ -216,7 +204,7 @@ TEST(TypedStream, EveryTruncationBeforeTheTextEndGivesNothing) {
     }
 }
 
-TEST(TypedStream, BumpedLengthsGiveNothing) {
+TEST(TypedStream, ChangedLengthsReadOnlyValidText) {
     const std::string text = "See you at 6";
     auto archive = TypedStream::archive(text);
     const auto lengthAt = textOffset(archive, text) - 1;
@@ -224,10 +212,6 @@ TEST(TypedStream, BumpedLengthsGiveNothing) {
     auto oneMore = archive; // now takes in 0x86, a lone continuation byte
     ++oneMore[lengthAt];
     EXPECT_EQ(read(oneMore), std::nullopt);
-
-    auto pastEnd = archive;
-    pastEnd[lengthAt] = 0x7F;
-    EXPECT_EQ(read(pastEnd), std::nullopt);
 
     auto shorter = archive; // a shorter length still reads a valid prefix
     --shorter[lengthAt];
