@@ -10,6 +10,7 @@
 
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/conversations/Transcript.h"
+#include "ScrivlyKit/database/ChatDatabase.h"
 #include "ScrivlyKit/database/DatabaseAccess.h"
 #include "ScrivlyKit/export/CSVExport.h"
 #include "ScrivlyKit/export/ExportOptions.h"
@@ -69,9 +70,17 @@ void listConversations(const Invocation& invocation, const Session& session) {
 }
 
 Transcript buildTranscript(const Invocation& invocation, const Session& session) {
-    const auto conversations = session.conversations();
-    const Conversation& conversation = findConversation(conversations, invocation.conversation);
-    const auto messages = session.reader().messages(conversation.chatIDs);
+    session.requireReadable();
+    Conversation conversation;
+    std::vector<Message> messages;
+    // One copy of the database for both reads; finding the conversation only needs to know
+    // which chats have messages, not how many.
+    session.reader().read([&](ChatDatabase& database) {
+        const auto conversations =
+            Conversations::group(database.chats(ChatDatabase::Counting::presence), session.names());
+        conversation = findConversation(conversations, invocation.conversation);
+        messages = database.messages(conversation.chatIDs);
+    });
     const auto bounds = DayBounds::range(invocation.from, invocation.to, session.timeZone());
     return Transcript::build(conversation.title, conversation.participants, messages, bounds.from,
                              bounds.to, session.me(), session.names());

@@ -102,7 +102,7 @@ std::string ChatDatabase::itemTypeCondition() const {
     return m_messageColumns.contains("item_type") ? "m.item_type = 0" : "1";
 }
 
-std::vector<Chat> ChatDatabase::chats() {
+std::vector<Chat> ChatDatabase::chats(Counting counting) {
     const std::lock_guard lock(m_lock);
 
     std::unordered_map<std::int64_t, Handle> handles;
@@ -127,13 +127,20 @@ std::vector<Chat> ChatDatabase::chats() {
     if (m_messageColumns.contains("associated_message_type")) {
         countCondition += " AND m.associated_message_type = 0";
     }
+    const std::string columns =
+        "SELECT c.ROWID, c.guid, c.chat_identifier, c.display_name, c.service_name, c.style,\n";
     const std::string sql =
-        "SELECT c.ROWID, c.guid, c.chat_identifier, c.display_name, c.service_name, c.style,\n"
-        "       COUNT(m.ROWID), MAX(m.date)\n"
-        "FROM chat c\n"
-        "LEFT JOIN chat_message_join j ON j.chat_id = c.ROWID\n"
-        "LEFT JOIN message m ON m.ROWID = j.message_id AND " +
-        countCondition + "\nGROUP BY c.ROWID";
+        counting == Counting::exact
+            ? columns +
+                  "       COUNT(m.ROWID), MAX(m.date)\n"
+                  "FROM chat c\n"
+                  "LEFT JOIN chat_message_join j ON j.chat_id = c.ROWID\n"
+                  "LEFT JOIN message m ON m.ROWID = j.message_id AND " +
+                  countCondition + "\nGROUP BY c.ROWID"
+            : columns +
+                  "       EXISTS (SELECT 1 FROM chat_message_join j JOIN message m ON "
+                  "m.ROWID = j.message_id WHERE j.chat_id = c.ROWID AND " +
+                  countCondition + "), NULL\nFROM chat c ORDER BY c.ROWID";
 
     std::vector<Chat> chats;
     m_connection.query(sql, {}, [&](const Row& row) {

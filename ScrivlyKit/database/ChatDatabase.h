@@ -25,10 +25,17 @@ public:
     ChatDatabase(const ChatDatabase&) = delete;
     ChatDatabase& operator=(const ChatDatabase&) = delete;
 
+    // How much chats() learns of each chat's messages.
+    enum class Counting {
+        exact,   // the number of ordinary messages and the newest one's date
+        presence // only whether there is one: messageCount is 0 or 1 and lastDate stays unset
+    };
+
     // Every chat with its members, the number of its ordinary messages (reactions and other item
-    // types not counted) and the newest one's date, in the database's row order. Throws
-    // SQLiteError.
-    std::vector<Chat> chats();
+    // types not counted) and the newest one's date, in the database's row order. Counting::presence
+    // stops at each chat's first message instead of reading them all: enough to find a
+    // conversation. Throws SQLiteError.
+    std::vector<Chat> chats(Counting counting = Counting::exact);
 
     // The messages of the given chats, reactions included and retracted ones left out, ordered by
     // date then row id. A message in two of the chats comes once per chat, each time carrying that

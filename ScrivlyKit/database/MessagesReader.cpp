@@ -60,6 +60,10 @@ void MessagesReader::check() const {
     withDatabase(*this, [](ChatDatabase&) {});
 }
 
+void MessagesReader::read(const std::function<void(ChatDatabase&)>& operation) const {
+    withDatabase(*this, operation);
+}
+
 std::string defaultDatabasePath(const std::string& home) {
     return home + "/Library/Messages/chat.db";
 }

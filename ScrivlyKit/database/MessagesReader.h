@@ -4,11 +4,14 @@
 #include "ScrivlyKit/records/Message.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace scrivly {
+
+class ChatDatabase;
 
 // What a read of the Messages database needs. Every read works on a private copy made in its
 // own UUID-named, owner-only subfolder of folder, which is removed whatever happens; without a
@@ -22,6 +25,9 @@ struct MessagesReader {
     std::vector<Message> messages(const std::vector<std::int64_t>& chatIDs) const;
     // Only opens (snapshot and schema check) without querying.
     void check() const;
+    // Runs several queries on one database: one private copy, so they all see the same moment.
+    // A copy torn by a concurrent checkpoint is retaken, so operation may run more than once.
+    void read(const std::function<void(ChatDatabase&)>& operation) const;
 };
 
 // The default database location under a home folder: home + "/Library/Messages/chat.db".

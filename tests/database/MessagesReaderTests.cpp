@@ -1,3 +1,4 @@
+#include "ScrivlyKit/database/ChatDatabase.h"
 #include "ScrivlyKit/database/DatabaseAccess.h"
 #include "ScrivlyKit/database/MessagesReader.h"
 #include "ScrivlyKit/database/Snapshot.h"
@@ -66,6 +67,19 @@ TEST_F(MessagesReaderTest, SeesRowsStillOnlyInTheLogAndLeavesTheSourceAlone) {
     ASSERT_EQ(messages.size(), 2U);
     EXPECT_EQ(messages[1].text, "only in the log");
     EXPECT_NO_THROW(reader.check());
+
+    // Several queries on one copy; finding a conversation only asks whether a chat has messages.
+    int copies = 0;
+    reader.read([&](ChatDatabase& database) {
+        ++copies;
+        const auto present = database.chats(ChatDatabase::Counting::presence);
+        ASSERT_EQ(present.size(), 2U);
+        EXPECT_EQ(present[0].messageCount, 1);
+        EXPECT_EQ(present[1].messageCount, 0);
+        EXPECT_FALSE(present[0].lastDate);
+        EXPECT_EQ(database.messages({chat}).size(), 2U);
+    });
+    EXPECT_EQ(copies, 1);
 
     EXPECT_EQ(files(source), before);
     EXPECT_TRUE(fs::is_empty(scratch));
