@@ -11,8 +11,10 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <stdexcept>
+#include <unordered_map>
 
 namespace scrivly::Formatting {
 
@@ -128,6 +130,11 @@ std::unique_ptr<icu::NumberFormat> makeNumberFormat(const std::string& locale) {
 
 struct DateFormatter::Impl {
     std::unique_ptr<icu::DateFormat> format;
+    DateFormatter::Style style = DateFormatter::Style::day;
+    // A day's text depends only on the local day and a time's only on the local minute of the
+    // day; working those out is far cheaper than formatting, and a long transcript formats the
+    // same few texts hundreds of thousands of times.
+    std::unordered_map<std::int64_t, std::string> texts;
 };
 
 namespace {
@@ -160,6 +167,7 @@ DateFormatter::DateFormatter(Style style, const std::string& timeZone, const std
         throw std::runtime_error("The date format couldn’t be made.");
     }
     m_impl->format->adoptTimeZone(makeZone(timeZone).release());
+    m_impl->style = style;
 }
 
 DateFormatter::~DateFormatter() = default;
@@ -167,9 +175,41 @@ DateFormatter::DateFormatter(DateFormatter&&) noexcept = default;
 DateFormatter& DateFormatter::operator=(DateFormatter&&) noexcept = default;
 
 std::string DateFormatter::format(Date date) const {
-    icu::UnicodeString out;
-    m_impl->format->format(udate(date), out);
-    return utf8(out);
+    const UDate when = udate(date);
+    const auto formatted = [&] {
+        icu::UnicodeString out;
+        m_impl->format->format(when, out);
+        return utf8(out);
+    };
+    // Far outside any real history the millisecond arithmetic below could overflow.
+    if (m_impl->style == Style::longDateTime || !std::isfinite(when) || std::abs(when) > 1e15) {
+        return formatted();
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    std::int32_t raw = 0;
+    std::int32_t daylight = 0;
+    m_impl->format->getTimeZone().getOffset(when, false, raw, daylight, status);
+    if (U_FAILURE(status)) {
+        return formatted();
+    }
+    // The calendar's fields come from the local time, the instant plus the zone's offset.
+    const auto local = static_cast<std::int64_t>(std::floor(when)) + raw + daylight;
+    const auto floorDivide = [](std::int64_t value, std::int64_t by) {
+        return value / by - (value % by < 0 ? 1 : 0);
+    };
+    constexpr std::int64_t kMinute = 60'000;
+    constexpr std::int64_t kDay = 86'400'000;
+    const std::int64_t key = m_impl->style == Style::time
+                                 ? floorDivide(local, kMinute) - floorDivide(local, kDay) * 1440
+                                 : floorDivide(local, kDay);
+    auto& texts = m_impl->texts;
+    if (const auto found = texts.find(key); found != texts.end()) {
+        return found->second;
+    }
+    if (texts.size() >= 4096) {
+        texts.clear(); // at most a day per entry over years of history; keep it bounded anyway
+    }
+    return texts.emplace(key, formatted()).first->second;
 }
 
 // Numbers and names ---------------------------------------------------------------------------

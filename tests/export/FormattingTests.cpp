@@ -42,6 +42,23 @@ TEST(DateFormatter, AppliesZoneAndLocale) {
     }
 }
 
+// One formatter reused over many dates must give what a fresh one gives, also across daylight
+// saving changes (Lord Howe moves by half an hour), before 1970 and around midnight.
+TEST(DateFormatter, ReusedFormatterMatchesAFreshOne) {
+    for (const char* zone : {"Australia/Lord_Howe", "America/New_York", "Asia/Kolkata"}) {
+        for (const Style style : {Style::day, Style::time}) {
+            const DateFormatter reused(style, zone, "en_US");
+            for (double start : {1712412000.0, 1728144000.0, -86400.0 * 365 * 40}) {
+                for (int step = 0; step < 200; ++step) {
+                    const Date date = Date::fromUnixSeconds(start + step * 877.5);
+                    ASSERT_EQ(reused.format(date), DateFormatter(style, zone, "en_US").format(date))
+                        << zone << " " << date.unixSeconds();
+                }
+            }
+        }
+    }
+}
+
 TEST(Formatting, Integers) {
     EXPECT_EQ(integer(0, "en_US"), "0");
     EXPECT_EQ(integer(1234567, "en_US"), "1,234,567");
