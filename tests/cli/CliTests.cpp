@@ -2,6 +2,7 @@
 // or another program gets back.
 
 #include "tests/cli/Program.h"
+#include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
 #include "ScrivlyKit/database/SQLiteConnection.h"
@@ -12,10 +13,8 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <regex>
-#include <sstream>
 
 namespace scrivly::testing {
 namespace {
@@ -24,25 +23,6 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using Json = nlohmann::json;
-
-std::string readFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
-void writeFile(const fs::path& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-std::vector<std::string> folderEntries(const fs::path& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
-    }
-    return names;
-}
 
 int pdfPages(const fs::path& pdf) {
     const std::string command = "pdfinfo '" + pdf.string() + "' 2>/dev/null";
@@ -295,17 +275,13 @@ TEST_F(CliTest, TranscriptKeepsToTheChosenWholeDays) {
     EXPECT_EQ(one["totalInRange"], one["entries"].size());
 }
 
-TEST_F(CliTest, CsvExportWritesUTF8WithHeaderRow) {
+// The rows themselves are the library's; here, that they reach the file or standard output.
+TEST_F(CliTest, CsvExportWritesToAFileOrStandardOutput) {
     const auto file = m_temp.path() / "garden.csv";
     const auto outcome = cli({"export", "Garden Club", "--csv", file.string()}, sampleArgs());
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_THAT(outcome.out, StartsWith("Wrote " + file.string()));
-
     const std::string csv = readFile(file);
-    EXPECT_THAT(csv, StartsWith("\xEF\xBB\xBF"
-                                "Date,Time,Timestamp (ISO 8601),Sender,From Me,Text,Attachments,"
-                                "Reactions\r\n"));
-    EXPECT_THAT(csv, ::testing::EndsWith("\r\n"));
     EXPECT_THAT(csv, HasSubstr("Here's the planting schedule"));
 
     const auto toStandardOutput = cli({"export", "Garden Club", "--csv", "-"}, sampleArgs());

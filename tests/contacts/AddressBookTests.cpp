@@ -1,6 +1,7 @@
 #include "ScrivlyKit/contacts/AddressBookDatabase.h"
 #include "ScrivlyKit/contacts/ContactsError.h"
 #include "ScrivlyKit/database/SQLiteConnection.h"
+#include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
 #include <gmock/gmock.h>
@@ -17,6 +18,7 @@ using ::testing::IsEmpty;
 namespace {
 
 namespace fs = std::filesystem;
+using scrivly::testing::readFile;
 
 // The Core Data tables the reader looks at, filled with records out of key order, a group, a
 // record without a unique id, a blank number, a number of no record, and numbers and addresses
@@ -58,11 +60,6 @@ bool isEmptyFolder(const fs::path& folder) {
     return fs::is_directory(folder) && fs::is_empty(folder);
 }
 
-std::string fileBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 } // namespace
 
 TEST(AddressBookDatabaseRead, ReadsCardsThroughAPrivateCopy) {
@@ -82,12 +79,12 @@ TEST(AddressBookDatabaseRead, ReadsCardsThroughAPrivateCopy) {
         } else {
             book.reset();
         }
-        const auto before = fileBytes(path);
+        const auto before = readFile(path);
 
         const auto scratch = folder.path() / "scratch";
         EXPECT_EQ(AddressBookDatabase::read(path, scratch.string()), expectedCurrent());
         EXPECT_TRUE(isEmptyFolder(scratch));
-        EXPECT_EQ(fileBytes(path), before);
+        EXPECT_EQ(readFile(path), before);
     }
 }
 

@@ -2,13 +2,13 @@
 #include "ScrivlyKit/contacts/ContactSources.h"
 #include "ScrivlyKit/contacts/ContactsError.h"
 #include "ScrivlyKit/database/SQLiteConnection.h"
+#include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 using namespace scrivly;
 using ::testing::ElementsAre;
@@ -16,6 +16,7 @@ using ::testing::ElementsAre;
 namespace {
 
 namespace fs = std::filesystem;
+using scrivly::testing::writeFile;
 
 std::string vcard(const std::string& uid, const std::string& name,
                   const std::vector<std::string>& properties) {
@@ -24,12 +25,6 @@ std::string vcard(const std::string& uid, const std::string& name,
         result += property + "\r\n";
     }
     return result + "END:VCARD\r\n";
-}
-
-std::string write(const std::string& path, const std::string& bytes) {
-    fs::create_directories(fs::path(path).parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
 }
 
 // An address-book database with one person, whose number another source also has.
@@ -50,13 +45,13 @@ void writeAddressBook(const std::string& path) {
 TEST(ContactSourcesLoad, EarlierSourcesKeepAddressesOverLaterOnes) {
     scrivly::testing::TempDir folder;
     // Within a file the first card keeps the number too; a card without a name claims nothing.
-    const auto ann =
-        write(folder.file("ann.vcf"), vcard("card-ann", "Ann Lee", {"TEL:+1 555 010 2233"}) +
-                                          vcard("card-ann2", "Ann Again", {"TEL:555.010.2233"}) +
-                                          vcard("nameless", "", {"EMAIL:zed@example.com"}));
+    const auto ann = writeFile(folder.file("ann.vcf"),
+                               vcard("card-ann", "Ann Lee", {"TEL:+1 555 010 2233"}) +
+                                   vcard("card-ann2", "Ann Again", {"TEL:555.010.2233"}) +
+                                   vcard("nameless", "", {"EMAIL:zed@example.com"}));
     const auto zed =
-        write(folder.file("zed.vcf"),
-              vcard("card-zed", "Zed Moss", {"TEL:(555) 010-2233", "EMAIL:zed@example.com"}));
+        writeFile(folder.file("zed.vcf"),
+                  vcard("card-zed", "Zed Moss", {"TEL:(555) 010-2233", "EMAIL:zed@example.com"}));
     struct Row {
         const char* label;
         std::vector<std::string> paths;
@@ -79,11 +74,11 @@ TEST(ContactSourcesLoad, FolderGivesDatabasesThenVCardFilesInNameOrder) {
     const auto book = AddressBookDatabase::defaultFolder(home.path().string());
     const auto main = book + "/" + AddressBookDatabase::kFileName;
     writeAddressBook(main);
-    const auto later = write(home.file("b.VCF"), vcard("b", "Bee", {"TEL:555-010-2233"}));
-    const auto earlier = write(home.file("a.vcf"), "BEGIN:VCARD\r\nFN:Broken\r\nbroken\r\n" +
-                                                       vcard("a", "Ay", {"TEL:555-010-8888"}));
+    const auto later = writeFile(home.file("b.VCF"), vcard("b", "Bee", {"TEL:555-010-2233"}));
+    const auto earlier = writeFile(home.file("a.vcf"), "BEGIN:VCARD\r\nFN:Broken\r\nbroken\r\n" +
+                                                           vcard("a", "Ay", {"TEL:555-010-8888"}));
     // Not named as contacts: only read when asked for, and then by what it holds.
-    const auto text = write(home.file("export.txt"), vcard("t", "Tee", {"TEL:555-010-1212"}));
+    const auto text = writeFile(home.file("export.txt"), vcard("t", "Tee", {"TEL:555-010-1212"}));
 
     const auto scratch = home.path() / "scratch";
     const auto result = ContactSources::load({home.path().string(), text}, scratch.string());
@@ -99,7 +94,7 @@ TEST(ContactSourcesLoad, FolderGivesDatabasesThenVCardFilesInNameOrder) {
 
 TEST(ContactSourcesLoad, AnUnreadablePathIsAnErrorNamingIt) {
     scrivly::testing::TempDir folder;
-    const auto good = write(folder.file("good.vcf"), vcard("g", "Gee", {"TEL:555-010-3434"}));
+    const auto good = writeFile(folder.file("good.vcf"), vcard("g", "Gee", {"TEL:555-010-3434"}));
     const auto missing = folder.file("missing.vcf");
     try {
         ContactSources::load({good, missing}, folder.file("scratch"));

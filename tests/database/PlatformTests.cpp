@@ -1,5 +1,6 @@
 #include "ScrivlyKit/platform/FileSystem.h"
 #include "ScrivlyKit/platform/UUID.h"
+#include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 #include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
 
 namespace scrivly {
 namespace {
@@ -39,9 +39,7 @@ TEST(Platform, CopyFileReplacesWithAnExactCopy) {
         const auto from = dir.file("source");
         std::ofstream(from, std::ios::binary) << content;
         FileSystem::copyFile(from, to);
-        std::ostringstream copied;
-        copied << std::ifstream(to, std::ios::binary).rdbuf();
-        EXPECT_EQ(copied.str(), content);
+        EXPECT_EQ(testing::readFile(to), content);
     }
     EXPECT_THROW(FileSystem::copyFile(dir.file("missing"), to), fs::filesystem_error);
     EXPECT_THROW(FileSystem::copyFile(dir.file("source"), dir.file("no/folder")),

@@ -1,4 +1,5 @@
 #include "ScrivlyKit/database/SQLiteConnection.h"
+#include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -8,15 +9,7 @@ namespace {
 
 using Value = SQLiteConnection::Value;
 using Row = SQLiteConnection::Row;
-
-std::string describe(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "(no error)";
-}
+using testing::errorText;
 
 TEST(SQLiteConnection, MissingFileFailsToOpen) {
     testing::TempDir dir;
@@ -24,7 +17,7 @@ TEST(SQLiteConnection, MissingFileFailsToOpen) {
          {std::pair{true, true}, {true, false}, {false, false}}) {
         SCOPED_TRACE(std::to_string(readOnly) + std::to_string(immutable));
         const auto text =
-            describe([&] { SQLiteConnection(dir.file("missing/chat.db"), readOnly, immutable); });
+            errorText([&] { SQLiteConnection(dir.file("missing/chat.db"), readOnly, immutable); });
         EXPECT_EQ(text, "The database couldn’t be opened: unable to open database file");
     }
 }
@@ -41,7 +34,7 @@ TEST(SQLiteConnection, ImmutableOpenOfPathsThatNeedEncoding) {
         std::int64_t value = 0;
         reader.query("SELECT v FROM t", {}, [&](const Row& row) { value = row.integer(0); });
         EXPECT_EQ(value, 7);
-        EXPECT_EQ(describe([&] { reader.execute("INSERT INTO t VALUES (8)"); }),
+        EXPECT_EQ(errorText([&] { reader.execute("INSERT INTO t VALUES (8)"); }),
                   "The database couldn’t be read: attempt to write a readonly database");
     }
 }
@@ -74,11 +67,11 @@ TEST(SQLiteConnection, BindsAndReadsEveryKindOfValue) {
 TEST(SQLiteConnection, FailuresCarrySQLiteMessages) {
     SQLiteConnection db(":memory:", false, false);
     const std::string prefix = "The database couldn’t be read: ";
-    EXPECT_EQ(describe([&] { db.execute("SELEC 1"); }), prefix + "near \"SELEC\": syntax error");
-    EXPECT_EQ(describe([&] { db.run("SELECT * FROM nowhere"); }),
+    EXPECT_EQ(errorText([&] { db.execute("SELEC 1"); }), prefix + "near \"SELEC\": syntax error");
+    EXPECT_EQ(errorText([&] { db.run("SELECT * FROM nowhere"); }),
               prefix + "no such table: nowhere");
     db.execute("CREATE TABLE t (v UNIQUE); INSERT INTO t VALUES (1)");
-    EXPECT_EQ(describe([&] { db.run("INSERT INTO t VALUES (?)", {Value::integer(1)}); }),
+    EXPECT_EQ(errorText([&] { db.run("INSERT INTO t VALUES (?)", {Value::integer(1)}); }),
               prefix + "UNIQUE constraint failed: t.v");
     EXPECT_NO_THROW(db.run("SELECT v FROM t")); // rows are discarded
 }

@@ -6,6 +6,7 @@
 #include "ScrivlyKit/platform/FileSystem.h"
 #include "tests/database/TestDatabase.h"
 #include "tests/reliability/Child.h"
+#include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -24,26 +25,10 @@ namespace scrivly {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::errorText;
+using testing::folderEntries;
 using testing::TestDatabase;
 using Value = SQLiteConnection::Value;
-
-std::vector<std::string> entries(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        names.push_back(entry.path().filename().string());
-    }
-    return names;
-}
-
-// The error text of a read, or "" when it succeeded.
-std::string failureOf(const std::function<void()>& read) {
-    try {
-        read();
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "";
-}
 
 // A decompression bomb in all but size: a valid PNG header claiming 60000 × 60000 grey pixels
 // (3.6 gigapixels), then 64 KB of rows that are zero. A decoder that believed it would grind
@@ -71,8 +56,7 @@ void writeBomb(const std::string& path) {
     std::string rows = {0x78, 0x01, 0x00, static_cast<char>(0xFF), static_cast<char>(0xFF),
                         0x00, 0x00};
     rows += std::string(65535, '\0');
-    std::ofstream(path, std::ios::binary)
-        << "\x89PNG\r\n\x1A\n" + chunk("IHDR", header) + chunk("IDAT", rows);
+    testing::writeFile(path, "\x89PNG\r\n\x1A\n" + chunk("IHDR", header) + chunk("IDAT", rows));
 }
 
 class Faults : public ::testing::Test {
@@ -103,10 +87,10 @@ protected:
 
     // Every failed read leaves the scratch folder empty.
     void expectFailure(const std::string& expected) {
-        const auto text = failureOf([&] { reader.chats(); });
+        const auto text = errorText([&] { reader.chats(); });
         EXPECT_NE(text.find(expected), std::string::npos) << text;
         if (fs::exists(scratch)) {
-            EXPECT_TRUE(entries(scratch).empty());
+            EXPECT_TRUE(folderEntries(scratch).empty());
         }
     }
 };
@@ -123,10 +107,10 @@ TEST_F(Faults, DiskFillingUpDuringTheCopy) {
         reader.chats();
     });
     EXPECT_NE(child.wait().find("File too large"), std::string::npos);
-    EXPECT_TRUE(entries(scratch).empty());
+    EXPECT_TRUE(folderEntries(scratch).empty());
 
     // And the plain full-disk error comes through as it is.
-    const auto text = failureOf([&] { FileSystem::copyFile(source, "/dev/full"); });
+    const auto text = errorText([&] { FileSystem::copyFile(source, "/dev/full"); });
     EXPECT_NE(text.find("No space left on device"), std::string::npos) << text;
 }
 
@@ -202,14 +186,14 @@ TEST_F(Faults, UnsafeSnapshotFoldersAreRefused) {
     for (const auto& [expected, make] : cases) {
         SCOPED_TRACE(expected);
         make();
-        EXPECT_NE(failureOf([&] { reader.chats(); }).find(expected), std::string::npos);
+        EXPECT_NE(errorText([&] { reader.chats(); }).find(expected), std::string::npos);
         // Clean-up never goes through such a folder either.
         EXPECT_EQ(removeLeftoverSnapshots(scratch), 0U);
         std::error_code ignored;
         fs::remove(scratch, ignored);
         fs::remove_all(scratch, ignored);
     }
-    EXPECT_TRUE(entries(dir.file("elsewhere")).empty());
+    EXPECT_TRUE(folderEntries(dir.file("elsewhere")).empty());
     EXPECT_EQ(reader.chats().size(), 1U);
 }
 
@@ -230,18 +214,18 @@ TEST_F(Faults, OnlyTheCopiesOfEndedRunsAreCleanedUp) {
     char done = 0;
     ASSERT_EQ(::read(ready[0], &done, 1), 1);
     ::close(ready[0]);
-    ASSERT_EQ(entries(scratch).size(), 2U); // its subfolder and lock file
+    ASSERT_EQ(folderEntries(scratch).size(), 2U); // its subfolder and lock file
 
     EXPECT_EQ(removeLeftoverSnapshots(scratch), 0U);
-    EXPECT_EQ(entries(scratch).size(), 2U);
+    EXPECT_EQ(folderEntries(scratch).size(), 2U);
     // A read of this run meanwhile is not disturbed and cleans only after itself.
     EXPECT_EQ(reader.chats().size(), 1U);
-    EXPECT_EQ(entries(scratch).size(), 2U);
+    EXPECT_EQ(folderEntries(scratch).size(), 2U);
 
     other.kill(); // SIGKILL: no clean-up of its own
     fs::create_directory(scratch + "/from-an-older-version");
     EXPECT_EQ(removeLeftoverSnapshots(scratch), 2U);
-    EXPECT_TRUE(entries(scratch).empty());
+    EXPECT_TRUE(folderEntries(scratch).empty());
 }
 
 TEST_F(Faults, AttachmentsThatAreNotPicturesAreRefusedQuickly) {
