@@ -193,9 +193,6 @@ private slots:
         QCOMPARE(strings.attachmentLine("50%2 off.pdf", "48 KB"),
                  std::string("Attachment: 50%2 off.pdf (48 KB)"));
         QCOMPARE(strings.reactionName(ReactionKind::emojiReaction("🎉")), std::string("🎉"));
-        QCOMPARE(strings.sourceText, std::string("The Messages history on this Mac, read by "
-                                                 "Scrivly. Scrivly lays the messages out; it "
-                                                 "doesn’t change their wording."));
     }
 };
 

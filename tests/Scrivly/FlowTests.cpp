@@ -1,7 +1,6 @@
 #include "Scrivly/AppModel.h"
 #include "ScrivlyKit/database/SQLiteConnection.h"
 #include "ScrivlyKit/database/SQLiteError.h"
-#include "ScrivlyKit/sample/SampleDatabase.h"
 #include "TestSupport.h"
 
 #include <QDir>
@@ -9,8 +8,6 @@
 #include <QFileInfo>
 #include <QSignalSpy>
 #include <QTest>
-
-#include <algorithm>
 
 using namespace scrivly;
 using namespace scrivly::testing;
@@ -78,11 +75,6 @@ private slots:
         const auto expected =
             SQLiteError::query("This isn’t a Messages database (no message table).");
         QCOMPARE(model.failureMessage(), QString::fromUtf8(expected.what()));
-
-        writeOnePerson(file, "+15550001111");
-        model.reload(); // "Try Again"
-        QCOMPARE(model.phase(), Phase::loading);
-        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
     }
 
     void onlyTheNewestLoadReachesTheList() {
@@ -129,25 +121,6 @@ private slots:
         later.useStandardDatabase();
         QCOMPARE(AppModel(harness.platform, *harness.store).databasePath(),
                  harness.standardDatabase());
-    }
-
-    void sampleHistoryOpensWithFiveConversations() {
-        Harness harness;
-        AppModel& model = harness.model();
-        model.start();
-        model.openSample();
-        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
-        QCOMPARE(model.conversations().size(), std::size_t{5});
-        QCOMPARE(model.contacts(), AppModel::ContactsAccess::granted);
-        QCOMPARE(model.names(), SampleDatabase::nameBook());
-
-        const auto merged =
-            std::find_if(model.conversations().begin(), model.conversations().end(),
-                         [](const Conversation& c) { return c.services.size() == 2; });
-        QVERIFY(merged != model.conversations().end());
-        QCOMPARE(std::optional(merged->title), model.names().name(merged->addresses.at(0)));
-        QVERIFY(harness.open(merged->title));
-        QVERIFY(!model.transcript()->entries.empty());
     }
 
     void contactsRequestDecidesNames_data() {
