@@ -6,6 +6,7 @@
 #include <unicode/timezone.h>
 
 #include <cstdio>
+#include <ctime>
 #include <memory>
 
 using namespace scrivly;
@@ -16,20 +17,15 @@ namespace {
 constexpr double kHour = 3600;
 constexpr double kDay = 24 * kHour;
 
-// Days since 1970-01-01 of a proleptic Gregorian date.
-std::int64_t daysFromCivil(std::int64_t year, unsigned month, unsigned day) {
-    year -= month <= 2;
-    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-    const auto yearOfEra = static_cast<unsigned>(year - era * 400);
-    const unsigned dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
-}
-
 Date utc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-    const auto days = daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day));
-    return Date::fromUnixSeconds(static_cast<double>(days) * kDay + hour * kHour + minute * 60 +
-                                 second);
+    std::tm fields{};
+    fields.tm_year = year - 1900;
+    fields.tm_mon = month - 1;
+    fields.tm_mday = day;
+    fields.tm_hour = hour;
+    fields.tm_min = minute;
+    fields.tm_sec = second;
+    return Date::fromUnixSeconds(static_cast<double>(::timegm(&fields)));
 }
 
 Day nextDay(Day day) {
