@@ -85,12 +85,5 @@ TEST(SQLiteConnection, ThrowingHandlerLeavesNoStatementOpen) {
     EXPECT_NO_THROW(db.execute("DROP TABLE t"));
 }
 
-TEST(SQLiteConnection, ColumnsOfATable) {
-    SQLiteConnection db(":memory:", false, false);
-    db.execute("CREATE TABLE t (a, b)");
-    EXPECT_EQ(db.columns("t"), (std::set<std::string>{"a", "b"}));
-    EXPECT_TRUE(db.columns("missing").empty());
-}
-
 } // namespace
 } // namespace scrivly

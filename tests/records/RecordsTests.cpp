@@ -26,7 +26,6 @@ TEST(Date, ConvertsToTheSystemClockAroundTheReferenceInstant) {
     EXPECT_EQ(std::chrono::system_clock::to_time_t(reference.toSystemClock()), 978307200);
     const Date later = Date::fromUnixSeconds(1709665629.25);
     EXPECT_DOUBLE_EQ(Date::fromSystemClock(later.toSystemClock()).seconds, later.seconds);
-    EXPECT_LT(Date{1}, Date{2});
 }
 
 TEST(Message, ReactionTargetFromTheStoredAssociatedGUID) {
@@ -40,15 +39,14 @@ TEST(Message, ReactionTargetFromTheStoredAssociatedGUID) {
 
 TEST(Message, ReactionTypesFrom2000To3999AreReactions) {
     Message message;
-    for (const auto& [type, isReaction] :
-         std::vector<std::pair<std::int64_t, bool>>{{0, false},
-                                                    {1999, false},
-                                                    {2000, true},
-                                                    {3999, true},
-                                                    {4000, false},
-                                                    {-1, false},
-                                                    {std::numeric_limits<std::int64_t>::min(),
-                                                     false}}) {
+    for (const auto& [type, isReaction] : std::vector<std::pair<std::int64_t, bool>>{
+             {0, false},
+             {1999, false},
+             {2000, true},
+             {3999, true},
+             {4000, false},
+             {-1, false},
+             {std::numeric_limits<std::int64_t>::min(), false}}) {
         message.reactionType = type;
         EXPECT_EQ(message.isReaction(), isReaction) << type;
     }
@@ -63,7 +61,6 @@ TEST(ReactionKind, FromTypeMapsTheCodeModulo1000) {
     EXPECT_EQ(ReactionKind::fromType(2006, std::string()), std::nullopt);
     EXPECT_EQ(ReactionKind::fromType(2006, std::nullopt), std::nullopt);
     EXPECT_EQ(ReactionKind::fromType(2007, {}), std::nullopt);
-    EXPECT_EQ(ReactionKind::fixed(Case::emphasized).caseName(), "emphasized");
 }
 
 TEST(Attachment, NameAndPath) {
@@ -71,8 +68,7 @@ TEST(Attachment, NameAndPath) {
     EXPECT_EQ(Attachment::displayName("", "~/a/b.heic"), "b.heic");
     EXPECT_EQ(Attachment::displayName(std::nullopt, std::nullopt), "Attachment");
     EXPECT_EQ(Attachment::displayName("", ""), "Attachment");
-    EXPECT_EQ(Attachment::expandedPath("~/Library/a.jpg", "/home/pat"),
-              "/home/pat/Library/a.jpg");
+    EXPECT_EQ(Attachment::expandedPath("~/Library/a.jpg", "/home/pat"), "/home/pat/Library/a.jpg");
     EXPECT_EQ(Attachment::expandedPath("/var/a.jpg", "/home/pat"), "/var/a.jpg");
     EXPECT_EQ(Attachment::expandedPath("~user/a.jpg", "/home/pat"), "~user/a.jpg");
     EXPECT_EQ(Attachment::expandedPath(std::nullopt, "/home/pat"), std::nullopt);
