@@ -5,10 +5,14 @@
 #include <cairo-ft.h>
 #include <cairo.h>
 #include <pango/pangocairo.h>
+#include <unicode/ubrk.h>
+#include <unicode/utext.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <limits>
+#include <optional>
 
 namespace scrivly::pdf {
 
@@ -41,13 +45,6 @@ int pangoUnits(double points) {
 
 guint16 channel(double component) {
     return static_cast<guint16>(std::lround(std::clamp(component, 0.0, 1.0) * 65535.0));
-}
-
-// Shortest decimal form, so that 9.5 gives "9.5" and 10 gives "10".
-std::string decimal(double value) {
-    char buffer[32];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    return std::string(buffer, result.ptr);
 }
 
 // "de_CH@collation=phonebook" → "de-ch", as Pango names languages.
@@ -85,6 +82,117 @@ void addAttribute(PangoAttrList* list, PangoAttribute* attribute, std::size_t st
     pango_attr_list_insert(list, attribute);
 }
 
+// Pango breaks a paragraph into lines by shaping all of it that is left for each line, and so
+// takes time in the square of its length. Longer paragraphs are set in pieces of about this many
+// bytes, each taking over from the start of the previous one's last line.
+constexpr std::size_t kPieceBytes = 2048;
+
+std::size_t byteLength(const Paragraph& paragraph) {
+    std::size_t length = 0;
+    for (const Run& run : paragraph.runs) {
+        length += run.text.size();
+    }
+    return length;
+}
+
+// Appends bytes [start, start + length) of the paragraph's text.
+void appendRange(std::string& out, const Paragraph& paragraph, std::size_t start,
+                 std::size_t length) {
+    std::size_t runStart = 0;
+    for (const Run& run : paragraph.runs) {
+        const std::size_t runEnd = runStart + run.text.size();
+        const std::size_t from = std::max(runStart, start);
+        const std::size_t to = std::min(runEnd, start + length);
+        if (from < to) {
+            out.append(run.text, from - runStart, to - from);
+        }
+        runStart = runEnd;
+    }
+}
+
+struct BreakIteratorDeleter {
+    void operator()(UBreakIterator* iterator) const noexcept { ubrk_close(iterator); }
+};
+struct UTextDeleter {
+    void operator()(UText* text) const noexcept { utext_close(text); }
+};
+
+// The boundaries of the characters as the user perceives them (grapheme clusters) in UTF-8 text,
+// which must outlive it. Where ICU is unavailable, code point boundaries stand in.
+class Graphemes {
+public:
+    explicit Graphemes(std::string_view text) : m_text(text) {
+        if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+            return;
+        }
+        UErrorCode status = U_ZERO_ERROR;
+        m_utext.reset(
+            utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
+        m_iterator.reset(ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &status));
+        if (U_SUCCESS(status)) {
+            ubrk_setUText(m_iterator.get(), m_utext.get(), &status);
+        }
+        if (U_FAILURE(status)) {
+            m_iterator.reset();
+        }
+    }
+
+    // The last boundary at or before offset.
+    std::size_t atOrBefore(std::size_t offset) {
+        if (m_iterator == nullptr) {
+            while (offset > 0 && offset < m_text.size() && (m_text[offset] & 0xC0) == 0x80) {
+                --offset;
+            }
+            return offset;
+        }
+        const auto position = static_cast<std::int32_t>(offset);
+        if (ubrk_isBoundary(m_iterator.get(), position)) {
+            return offset;
+        }
+        const std::int32_t found = ubrk_preceding(m_iterator.get(), position);
+        return found == UBRK_DONE ? 0 : static_cast<std::size_t>(found);
+    }
+
+    // The first boundary after offset.
+    std::size_t after(std::size_t offset) {
+        if (m_iterator == nullptr) {
+            do {
+                ++offset;
+            } while (offset < m_text.size() && (m_text[offset] & 0xC0) == 0x80);
+            return std::min(offset, m_text.size());
+        }
+        const std::int32_t found =
+            ubrk_following(m_iterator.get(), static_cast<std::int32_t>(offset));
+        return found == UBRK_DONE ? m_text.size() : static_cast<std::size_t>(found);
+    }
+
+private:
+    std::string_view m_text;
+    std::unique_ptr<UText, UTextDeleter> m_utext;
+    std::unique_ptr<UBreakIterator, BreakIteratorDeleter> m_iterator;
+};
+
+PangoContextPtr newContext(PangoFontMap* fontMap, const std::string& language,
+                           PangoDirection direction) {
+    PangoContextPtr context(pango_font_map_create_context(fontMap));
+    if (context == nullptr) {
+        throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
+    }
+    // Unhinted metrics and unrounded positions: what is measured here is exactly what the PDF
+    // shows, at any zoom.
+    cairo_font_options_t* fontOptions = cairo_font_options_create();
+    cairo_font_options_set_hint_metrics(fontOptions, CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(fontOptions, CAIRO_HINT_STYLE_NONE);
+    pango_cairo_context_set_font_options(context.get(), fontOptions);
+    cairo_font_options_destroy(fontOptions);
+    pango_cairo_context_set_resolution(context.get(), 72);
+    pango_context_set_round_glyph_positions(context.get(), FALSE);
+    pango_context_set_language(context.get(),
+                               pango_language_from_string(pangoLanguageTag(language).c_str()));
+    pango_context_set_base_dir(context.get(), direction);
+    return context;
+}
+
 } // namespace
 
 double SetText::height(std::size_t first, std::size_t count) const {
@@ -113,18 +221,12 @@ std::vector<double> SetText::lineTops(std::size_t first, std::size_t count) cons
 
 std::string SetText::characters(std::size_t first, std::size_t count) const {
     std::string result;
-    std::size_t paragraphText = static_cast<std::size_t>(-1);
-    std::string paragraph;
     for (std::size_t index = first; index < first + count && index < lines.size(); ++index) {
         const LineBox& line = lines[index];
-        if (line.paragraph != paragraphText) {
-            if (paragraphText != static_cast<std::size_t>(-1)) {
-                result += '\n';
-            }
-            paragraphText = line.paragraph;
-            paragraph = text.paragraphs()[line.paragraph].text();
+        if (index > first && line.paragraph != lines[index - 1].paragraph) {
+            result += '\n';
         }
-        result.append(paragraph, line.start, line.length);
+        appendRange(result, text.paragraphs()[line.paragraph], line.start, line.length);
     }
     return result;
 }
@@ -134,28 +236,15 @@ TextSetter::TextSetter(const std::string& language) {
     if (m_fontMap == nullptr) {
         throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
     }
-    m_context.reset(pango_font_map_create_context(m_fontMap.get()));
-    if (m_context == nullptr) {
-        throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
-    }
-    // Unhinted metrics and unrounded positions: what is measured here is exactly what the PDF
-    // shows, at any zoom.
-    cairo_font_options_t* fontOptions = cairo_font_options_create();
-    cairo_font_options_set_hint_metrics(fontOptions, CAIRO_HINT_METRICS_OFF);
-    cairo_font_options_set_hint_style(fontOptions, CAIRO_HINT_STYLE_NONE);
-    pango_cairo_context_set_font_options(m_context.get(), fontOptions);
-    cairo_font_options_destroy(fontOptions);
-    pango_cairo_context_set_resolution(m_context.get(), 72);
-    pango_context_set_round_glyph_positions(m_context.get(), FALSE);
-    pango_context_set_language(m_context.get(),
-                               pango_language_from_string(pangoLanguageTag(language).c_str()));
+    m_context = newContext(m_fontMap.get(), language, PANGO_DIRECTION_WEAK_LTR);
+    m_ltrContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_LTR);
+    m_rtlContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_RTL);
 }
 
 TextSetter::~TextSetter() = default;
 
 const PangoFontDescription* TextSetter::font(const TextStyle& style) {
-    const std::string key = decimal(style.size) + "-" + (style.bold ? "true" : "false") + "-" +
-                            (style.italic ? "true" : "false");
+    const auto key = std::make_tuple(style.size, style.bold, style.italic);
     auto found = m_fonts.find(key);
     if (found == m_fonts.end()) {
         FontDescriptionPtr description(pango_font_description_new());
@@ -171,19 +260,32 @@ const PangoFontDescription* TextSetter::font(const TextStyle& style) {
     return found->second.get();
 }
 
-PangoLayoutPtr TextSetter::makeLayout(const Paragraph& paragraph, double width) {
-    PangoLayoutPtr layout(pango_layout_new(m_context.get()));
+PangoLayoutPtr TextSetter::makeLayout(const Paragraph& paragraph, std::size_t start,
+                                      std::size_t end, double width, Direction direction) {
+    PangoContext* context = direction == Direction::natural       ? m_context.get()
+                            : direction == Direction::leftToRight ? m_ltrContext.get()
+                                                                  : m_rtlContext.get();
+    PangoLayoutPtr layout(pango_layout_new(context));
     std::string text;
     PangoAttrList* attributes = pango_attr_list_new();
+    std::size_t runStart = 0;
     for (const Run& run : paragraph.runs) {
-        const std::size_t start = text.size();
-        text += run.text;
-        addAttribute(attributes, pango_attr_font_desc_new(font(run.style)), start, text.size());
+        const std::size_t runEnd = runStart + run.text.size();
+        const std::size_t from = std::max(runStart, start);
+        const std::size_t to = std::min(runEnd, end);
+        runStart = runEnd;
+        // An empty run still counts when it is all there is: it gives an empty line its height.
+        if (from > to || (from == to && !run.text.empty())) {
+            continue;
+        }
+        const std::size_t offset = text.size();
+        text.append(run.text, from - (runEnd - run.text.size()), to - from);
+        addAttribute(attributes, pango_attr_font_desc_new(font(run.style)), offset, text.size());
         addAttribute(attributes,
                      pango_attr_foreground_new(channel(run.style.color.red),
                                                channel(run.style.color.green),
                                                channel(run.style.color.blue)),
-                     start, text.size());
+                     offset, text.size());
     }
     // A word broken at the end of a line keeps its exact characters: no inserted hyphens.
     addAttribute(attributes, pango_attr_insert_hyphens_new(FALSE), 0, text.size());
@@ -193,47 +295,108 @@ PangoLayoutPtr TextSetter::makeLayout(const Paragraph& paragraph, double width) 
     pango_layout_set_text(layout.get(), text.data(), static_cast<int>(text.size()));
     pango_layout_set_attributes(layout.get(), attributes);
     pango_attr_list_unref(attributes);
-    pango_layout_set_width(layout.get(), pangoUnits(width));
+    pango_layout_set_width(layout.get(), width < 0 ? -1 : pangoUnits(width));
     pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);
-    // Left alignment with automatic direction is natural alignment: right-to-left paragraphs
-    // stand at the right.
-    pango_layout_set_auto_dir(layout.get(), TRUE);
-    pango_layout_set_alignment(layout.get(), paragraph.style.alignment == Alignment::center
-                                                 ? PANGO_ALIGN_CENTER
-                                                 : PANGO_ALIGN_LEFT);
+    const bool centered = paragraph.style.alignment == Alignment::center;
+    if (direction == Direction::natural) {
+        // Left alignment with automatic direction is natural alignment: right-to-left
+        // paragraphs stand at the right.
+        pango_layout_set_auto_dir(layout.get(), TRUE);
+        pango_layout_set_alignment(layout.get(), centered ? PANGO_ALIGN_CENTER : PANGO_ALIGN_LEFT);
+    } else {
+        // A fixed direction is taken literally, alignment too.
+        pango_layout_set_auto_dir(layout.get(), FALSE);
+        pango_layout_set_alignment(layout.get(), centered ? PANGO_ALIGN_CENTER
+                                                 : direction == Direction::rightToLeft
+                                                     ? PANGO_ALIGN_RIGHT
+                                                     : PANGO_ALIGN_LEFT);
+    }
     return layout;
 }
 
-SetText TextSetter::set(AttributedText text, double width) {
-    SetText result{std::move(text), width, {}};
+// A paragraph longer than a piece is set piece by piece. A piece's last line may end where it
+// does only because the piece ends there, so it is set again as the start of the next piece;
+// the lines kept are then the very lines of the whole paragraph. The pieces after the first take
+// the first one's direction, which a piece's own first character might not give.
+void TextSetter::setParagraph(SetText& result, std::size_t index) {
     const auto& paragraphs = result.text.paragraphs();
-    for (std::size_t index = 0; index < paragraphs.size(); ++index) {
-        const Paragraph& paragraph = paragraphs[index];
-        const PangoLayoutPtr layout = makeLayout(paragraph, width);
+    const Paragraph& paragraph = paragraphs[index];
+    const std::size_t length = byteLength(paragraph);
+    std::string whole;
+    std::optional<Graphemes> graphemes;
+    Direction direction = Direction::natural;
+    std::size_t start = 0;
+    std::size_t budget = kPieceBytes;
+    bool first = true;
+    while (true) {
+        std::size_t end = length;
+        if (length - start > budget) {
+            if (!graphemes) {
+                whole = paragraph.text();
+                graphemes.emplace(whole);
+            }
+            end = graphemes->atOrBefore(start + budget);
+            if (end <= start) {
+                end = graphemes->after(start);
+            }
+        }
+        PangoLayoutPtr layout = makeLayout(paragraph, start, end, result.width, direction);
+        std::vector<LineBox> lines;
         const LayoutIterPtr iter(pango_layout_get_iter(layout.get()));
-        int lineIndex = 0;
         do {
-            const PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
+            PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
             PangoRectangle logical;
             pango_layout_iter_get_line_extents(iter.get(), nullptr, &logical);
             const int baseline = pango_layout_iter_get_baseline(iter.get());
             LineBox box;
             box.paragraph = index;
-            box.lineInParagraph = lineIndex;
-            box.start = static_cast<std::size_t>(line->start_index);
+            box.line = line;
+            box.start = start + static_cast<std::size_t>(line->start_index);
             box.length = static_cast<std::size_t>(line->length);
             box.x = points(logical.x);
             box.height = points(logical.height);
             box.ascent = points(baseline - logical.y);
-            if (lineIndex == 0) {
+            lines.push_back(box);
+        } while (pango_layout_iter_next_line(iter.get()));
+
+        std::size_t next = length;
+        if (end < length) {
+            if (lines.size() < 2) {
+                // All of the piece went into one line, which may go on: a larger piece.
+                budget *= 2;
+                continue;
+            }
+            next = lines.back().start;
+            lines.pop_back();
+            if (direction == Direction::natural) {
+                direction = lines.front().line->resolved_dir == PANGO_DIRECTION_RTL
+                                ? Direction::rightToLeft
+                                : Direction::leftToRight;
+            }
+        }
+        for (LineBox& box : lines) {
+            if (first) {
                 box.spaceAbove = paragraph.style.spacingBefore +
                                  (index > 0 ? paragraphs[index - 1].style.spacing : 0.0);
+                first = false;
             } else {
                 box.spaceAbove = paragraph.style.lineSpacing;
             }
             result.lines.push_back(box);
-            ++lineIndex;
-        } while (pango_layout_iter_next_line(iter.get()));
+        }
+        result.layouts.push_back(std::move(layout));
+        if (next == length) {
+            return;
+        }
+        start = next;
+        budget = kPieceBytes;
+    }
+}
+
+SetText TextSetter::set(AttributedText text, double width) {
+    SetText result{std::move(text), width, {}, {}};
+    for (std::size_t index = 0; index < result.text.paragraphs().size(); ++index) {
+        setParagraph(result, index);
     }
     return result;
 }
@@ -241,19 +404,9 @@ SetText TextSetter::set(AttributedText text, double width) {
 void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count,
                       double x, double y) {
     const std::vector<double> tops = text.lineTops(first, count);
-    PangoLayoutPtr layout;
-    std::size_t layoutParagraph = 0;
     for (std::size_t offset = 0; offset < tops.size(); ++offset) {
         const LineBox& box = text.lines[first + offset];
-        if (layout == nullptr || layoutParagraph != box.paragraph) {
-            layout = makeLayout(text.text.paragraphs()[box.paragraph], text.width);
-            layoutParagraph = box.paragraph;
-        }
-        PangoLayoutLine* line = pango_layout_get_line_readonly(layout.get(), box.lineInParagraph);
-        if (line == nullptr) {
-            continue;
-        }
-        showLine(cairo, line, x + box.x, y + tops[offset] + box.ascent);
+        showLine(cairo, box.line, x + box.x, y + tops[offset] + box.ascent);
     }
 }
 
@@ -354,9 +507,13 @@ cairo_surface_t* TextSetter::colorRunImage(PangoGlyphItem* run, const Rect& boun
     g_free(describedFont);
     for (int index = 0; index < run->glyphs->num_glyphs; ++index) {
         const PangoGlyphInfo& glyph = run->glyphs->glyphs[index];
-        key += " " + std::to_string(glyph.glyph) + ":" + std::to_string(glyph.geometry.width) +
-               ":" + std::to_string(glyph.geometry.x_offset) + ":" +
-               std::to_string(glyph.geometry.y_offset);
+        for (const long number :
+             {static_cast<long>(glyph.glyph), static_cast<long>(glyph.geometry.width),
+              static_cast<long>(glyph.geometry.x_offset),
+              static_cast<long>(glyph.geometry.y_offset)}) {
+            key += ' ';
+            key += std::to_string(number);
+        }
     }
     auto found = m_colorRuns.find(key);
     if (found != m_colorRuns.end()) {
@@ -384,9 +541,8 @@ cairo_surface_t* TextSetter::colorRunImage(PangoGlyphItem* run, const Rect& boun
 PangoLayoutPtr TextSetter::makeLineLayout(std::string_view text, const TextStyle& style) {
     AttributedText attributed;
     attributed.append(singleLine(text), style, ParagraphStyle{});
-    PangoLayoutPtr layout = makeLayout(attributed.paragraphs().front(), 0);
-    pango_layout_set_width(layout.get(), -1);
-    return layout;
+    const Paragraph& paragraph = attributed.paragraphs().front();
+    return makeLayout(paragraph, 0, byteLength(paragraph), -1);
 }
 
 LineMetrics TextSetter::measureLine(std::string_view text, const TextStyle& style) {

@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace scrivly::pdf {
@@ -16,9 +17,9 @@ using PDFExport::Rect;
 
 // One laid-out line of a set text. Positions are in points from the text's left edge.
 struct LineBox {
-    std::size_t paragraph = 0; // index into the text's paragraphs
-    int lineInParagraph = 0;   // index of the line in its paragraph's layout
-    std::size_t start = 0;     // byte range of the line in the paragraph's text
+    std::size_t paragraph = 0;       // index into the text's paragraphs
+    PangoLayoutLine* line = nullptr; // owned by one of the set text's layouts
+    std::size_t start = 0;           // byte range of the line in the paragraph's text
     std::size_t length = 0;
     double x = 0;          // the line's origin (alignment and direction applied)
     double spaceAbove = 0; // gap to the previous line, or the text's spacing before
@@ -32,6 +33,9 @@ struct SetText {
     AttributedText text;
     double width = 0;
     std::vector<LineBox> lines;
+    // Pango's layouts of the paragraphs (of pieces of the long ones), kept so that drawing shows
+    // the lines as measured without shaping the text again.
+    std::vector<PangoLayoutPtr> layouts;
 
     // Height of lines [first, first + count) stacked. Space above the first of them counts only
     // when it is the text's first line: a continuation starts flush at the top of its page.
@@ -80,14 +84,21 @@ private:
     void showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
                       double baseline);
     cairo_surface_t* colorRunImage(PangoGlyphItem* run, const Rect& bounds);
-    PangoLayoutPtr makeLayout(const Paragraph& paragraph, double width);
+    // natural: the direction of the paragraph's first strong character.
+    enum class Direction { natural, leftToRight, rightToLeft };
+    // Pango's layout of the paragraph's bytes [start, end) at a width (unbroken when negative).
+    PangoLayoutPtr makeLayout(const Paragraph& paragraph, std::size_t start, std::size_t end,
+                              double width, Direction direction = Direction::natural);
+    void setParagraph(SetText& result, std::size_t index);
     PangoLayoutPtr makeLineLayout(std::string_view text, const TextStyle& style);
     const PangoFontDescription* font(const TextStyle& style);
 
     PangoFontMapPtr m_fontMap;
     PangoContextPtr m_context;
-    // Keyed by size, bold and italic joined with "-" ("9.5-true-false").
-    std::map<std::string, FontDescriptionPtr> m_fonts;
+    // Fixed left-to-right and right-to-left, for the pieces after the first of a long paragraph.
+    PangoContextPtr m_ltrContext;
+    PangoContextPtr m_rtlContext;
+    std::map<std::tuple<double, bool, bool>, FontDescriptionPtr> m_fonts; // size, bold, italic
     // Colour glyphs (emoji) drawn once at print resolution and reused, so the PDF holds each
     // picture once. Keyed by font and glyphs.
     std::map<std::string, CairoSurfacePtr> m_colorRuns;

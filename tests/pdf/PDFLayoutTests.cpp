@@ -192,34 +192,60 @@ TEST(PDFLayout, PicturesAreScaledIntoTheirBoxAndNeverEnlarged) {
 }
 
 TEST(PDFLayout, MessageLongerThanAPageContinuesBetweenLines) {
-    std::string text;
+    std::string sentences;
     for (int sentence = 1; sentence <= 150; ++sentence) {
-        text += "Sentence " + std::to_string(sentence) + " of a very long account of the day. ";
+        sentences +=
+            "Sentence " + std::to_string(sentence) + " of a very long account of the day. ";
     }
-    TranscriptBuilder builder;
-    builder.add(0, 0, "Jordan Avery", text);
-    const DocumentLayout document = layOut(builder.transcript(), withoutCover());
-    expectInsideTextArea(document);
-    ASSERT_GE(document.pages.size(), 2u);
-
-    std::string joined;
-    for (std::size_t page = 0; page < document.pages.size(); ++page) {
-        for (const Placed* item : testing::textItems(document.pages[page])) {
-            if (!item->bar) {
-                continue; // the day line
-            }
-            if (page > 0) {
-                EXPECT_EQ(item->frame.y, document.textTop) << "page " << page + 1;
-            }
-            EXPECT_GT(item->lineCount, 0u);
-            joined += item->text;
+    // One word of characters made of several code points each (an accented letter, a family
+    // emoji, a flag, a thumb with a skin tone), and Hebrew and Han letters.
+    const std::vector<std::string> characters{"e\u0301",
+                                              "\U0001F468\u200D\U0001F469\u200D\U0001F467",
+                                              "\U0001F1E9\U0001F1EA",
+                                              "\u05E9",
+                                              "\u05DC",
+                                              "\u5B57",
+                                              "\U0001F44D\U0001F3FD"};
+    std::string word;
+    std::vector<bool> starts; // whether a character starts at a byte of the word
+    while (word.size() < 20000) {
+        for (const std::string& character : characters) {
+            starts.push_back(true);
+            starts.resize(starts.size() + character.size() - 1, false);
+            word += character;
         }
     }
-    const std::size_t lineBreak = joined.find('\n');
-    ASSERT_NE(lineBreak, std::string::npos);
-    EXPECT_EQ(joined.substr(0, 12), "Jordan Avery");
-    // Every character once, in order: nothing lost or doubled at the page breaks.
-    EXPECT_EQ(joined.substr(lineBreak + 1), text);
+    for (const std::string* message : {&sentences, &word}) {
+        const std::string& text = *message;
+        TranscriptBuilder builder;
+        builder.add(0, 0, "Jordan Avery", text);
+        const DocumentLayout document = layOut(builder.transcript(), withoutCover());
+        expectInsideTextArea(document);
+        ASSERT_GE(document.pages.size(), 2u);
+
+        std::string joined;
+        for (std::size_t page = 0; page < document.pages.size(); ++page) {
+            for (const Placed* item : testing::textItems(document.pages[page])) {
+                if (!item->bar) {
+                    continue; // the day line
+                }
+                if (page > 0) {
+                    EXPECT_EQ(item->frame.y, document.textTop) << "page " << page + 1;
+                    // A page starts with a word, or a whole character of one.
+                    const std::size_t at = joined.size() - joined.find('\n') - 1;
+                    EXPECT_TRUE(message == &word ? starts.at(at) : text.at(at - 1) == ' ')
+                        << "page " << page + 1 << " starts at " << at;
+                }
+                EXPECT_GT(item->lineCount, 0u);
+                joined += item->text;
+            }
+        }
+        const std::size_t lineBreak = joined.find('\n');
+        ASSERT_NE(lineBreak, std::string::npos);
+        EXPECT_EQ(joined.substr(0, 12), "Jordan Avery");
+        // Every character once, in order: nothing lost or doubled at the page breaks.
+        EXPECT_TRUE(joined.substr(lineBreak + 1) == text);
+    }
 }
 
 TEST(PDFLayout, SendersKeepTheirPaletteColourAndMeHasMine) {
