@@ -11,6 +11,8 @@ typedef struct _PangoLayout PangoLayout;
 typedef struct _PangoFontDescription PangoFontDescription;
 typedef struct _PangoLayoutLine PangoLayoutLine;
 typedef struct _PangoGlyphItem PangoGlyphItem;
+typedef struct _PangoItem PangoItem;
+typedef struct _PangoFont PangoFont;
 
 namespace scrivly::pdf {
 
@@ -23,6 +25,9 @@ struct CairoSurfaceDeleter {
 // Contexts, font maps and layouts are GObjects: released with g_object_unref.
 struct GObjectDeleter {
     void operator()(void* object) const noexcept;
+};
+struct PangoItemDeleter {
+    void operator()(PangoItem* item) const noexcept;
 };
 struct FontDescriptionDeleter {
     void operator()(PangoFontDescription* description) const noexcept;

@@ -12,7 +12,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <optional>
 
 namespace scrivly::pdf {
 
@@ -231,7 +230,8 @@ std::string SetText::characters(std::size_t first, std::size_t count) const {
     return result;
 }
 
-TextSetter::TextSetter(const std::string& language) {
+TextSetter::TextSetter(const std::string& language, std::size_t keptShapeBytes)
+    : m_keptShapeBytes(keptShapeBytes) {
     m_fontMap.reset(pango_cairo_font_map_new());
     if (m_fontMap == nullptr) {
         throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
@@ -239,9 +239,14 @@ TextSetter::TextSetter(const std::string& language) {
     m_context = newContext(m_fontMap.get(), language, PANGO_DIRECTION_WEAK_LTR);
     m_ltrContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_LTR);
     m_rtlContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_RTL);
+    m_item.reset(pango_item_new());
 }
 
 TextSetter::~TextSetter() = default;
+
+void PangoItemDeleter::operator()(PangoItem* item) const noexcept {
+    pango_item_free(item);
+}
 
 const PangoFontDescription* TextSetter::font(const TextStyle& style) {
     const auto key = std::make_tuple(style.size, style.bold, style.italic);
@@ -314,100 +319,44 @@ PangoLayoutPtr TextSetter::makeLayout(const Paragraph& paragraph, std::size_t st
     return layout;
 }
 
-// A paragraph longer than a piece is set piece by piece. A piece's last line may end where it
-// does only because the piece ends there, so it is set again as the start of the next piece;
-// the lines kept are then the very lines of the whole paragraph. The pieces after the first take
-// the first one's direction, which a piece's own first character might not give.
-void TextSetter::setParagraph(SetText& result, std::size_t index) {
-    const auto& paragraphs = result.text.paragraphs();
-    const Paragraph& paragraph = paragraphs[index];
-    const std::size_t length = byteLength(paragraph);
-    std::string whole;
-    std::optional<Graphemes> graphemes;
-    Direction direction = Direction::natural;
-    std::size_t start = 0;
-    std::size_t budget = kPieceBytes;
-    bool first = true;
-    while (true) {
-        std::size_t end = length;
-        if (length - start > budget) {
-            if (!graphemes) {
-                whole = paragraph.text();
-                graphemes.emplace(whole);
-            }
-            end = graphemes->atOrBefore(start + budget);
-            if (end <= start) {
-                end = graphemes->after(start);
-            }
-        }
-        PangoLayoutPtr layout = makeLayout(paragraph, start, end, result.width, direction);
-        std::vector<LineBox> lines;
-        const LayoutIterPtr iter(pango_layout_get_iter(layout.get()));
-        do {
-            PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
-            PangoRectangle logical;
-            pango_layout_iter_get_line_extents(iter.get(), nullptr, &logical);
-            const int baseline = pango_layout_iter_get_baseline(iter.get());
-            LineBox box;
-            box.paragraph = index;
-            box.line = line;
-            box.start = start + static_cast<std::size_t>(line->start_index);
-            box.length = static_cast<std::size_t>(line->length);
-            box.x = points(logical.x);
-            box.height = points(logical.height);
-            box.ascent = points(baseline - logical.y);
-            lines.push_back(box);
-        } while (pango_layout_iter_next_line(iter.get()));
+// A run of a line in one font and colour: its glyphs are Shaped::glyphs and clusters
+// [firstGlyph, firstGlyph + glyphCount).
+struct GlyphRun {
+    PangoFont* font = nullptr; // a reference is held by the setter
+    PangoLanguage* language = nullptr;
+    std::uint32_t offset = 0; // bytes of the run in its paragraph's text
+    std::uint32_t length = 0;
+    std::uint32_t characters = 0;
+    std::uint32_t firstGlyph = 0;
+    std::uint32_t glyphCount = 0;
+    int width = 0; // Pango units
+    std::uint16_t red = 0;
+    std::uint16_t green = 0;
+    std::uint16_t blue = 0;
+    bool colored = false;   // when false the run takes the colour of the one before
+    std::uint8_t level = 0; // bidirectional embedding level
+    std::uint8_t gravity = 0;
+    std::int16_t script = 0;
+};
 
-        std::size_t next = length;
-        if (end < length) {
-            if (lines.size() < 2) {
-                // All of the piece went into one line, which may go on: a larger piece.
-                budget *= 2;
-                continue;
-            }
-            next = lines.back().start;
-            lines.pop_back();
-            if (direction == Direction::natural) {
-                direction = lines.front().line->resolved_dir == PANGO_DIRECTION_RTL
-                                ? Direction::rightToLeft
-                                : Direction::leftToRight;
-            }
-        }
-        for (LineBox& box : lines) {
-            if (first) {
-                box.spaceAbove = paragraph.style.spacingBefore +
-                                 (index > 0 ? paragraphs[index - 1].style.spacing : 0.0);
-                first = false;
-            } else {
-                box.spaceAbove = paragraph.style.lineSpacing;
-            }
-            result.lines.push_back(box);
-        }
-        result.layouts.push_back(std::move(layout));
-        if (next == length) {
-            return;
-        }
-        start = next;
-        budget = kPieceBytes;
-    }
-}
+struct Shaped {
+    std::vector<std::string> texts; // each paragraph's characters
+    std::vector<GlyphRun> runs;
+    std::vector<PangoGlyphInfo> glyphs;
+    std::vector<int> clusters; // Pango's log clusters: byte offsets in the run of each glyph
 
-SetText TextSetter::set(AttributedText text, double width) {
-    SetText result{std::move(text), width, {}, {}};
-    for (std::size_t index = 0; index < result.text.paragraphs().size(); ++index) {
-        setParagraph(result, index);
+    std::size_t bytes() const {
+        std::size_t total =
+            runs.size() * sizeof(GlyphRun) + glyphs.size() * (sizeof(PangoGlyphInfo) + sizeof(int));
+        for (const std::string& text : texts) {
+            total += text.size();
+        }
+        return total;
     }
-    return result;
-}
+};
 
-void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count,
-                      double x, double y) {
-    const std::vector<double> tops = text.lineTops(first, count);
-    for (std::size_t offset = 0; offset < tops.size(); ++offset) {
-        const LineBox& box = text.lines[first + offset];
-        showLine(cairo, box.line, x + box.x, y + tops[offset] + box.ascent);
-    }
+void ShapedDeleter::operator()(Shaped* shaped) const noexcept {
+    delete shaped;
 }
 
 namespace {
@@ -427,16 +376,18 @@ bool isColorFont(PangoFont* font) {
 }
 
 // The foreground colour attribute of a run, when it has one.
-void setRunColor(cairo_t* cairo, const PangoGlyphItem* run) {
+const PangoColor* runColor(const PangoGlyphItem* run) {
     for (GSList* node = run->item->analysis.extra_attrs; node != nullptr; node = node->next) {
         const auto* attribute = static_cast<const PangoAttribute*>(node->data);
         if (attribute->klass->type == PANGO_ATTR_FOREGROUND) {
-            const PangoColor& color = reinterpret_cast<const PangoAttrColor*>(attribute)->color;
-            cairo_set_source_rgb(cairo, color.red / 65535.0, color.green / 65535.0,
-                                 color.blue / 65535.0);
-            return;
+            return &reinterpret_cast<const PangoAttrColor*>(attribute)->color;
         }
     }
+    return nullptr;
+}
+
+void setColor(cairo_t* cairo, const PangoColor& color) {
+    cairo_set_source_rgb(cairo, color.red / 65535.0, color.green / 65535.0, color.blue / 65535.0);
 }
 
 struct GlyphItemDeleter {
@@ -445,19 +396,236 @@ struct GlyphItemDeleter {
 
 } // namespace
 
+const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
+    auto found = m_shapingFonts.find(font);
+    if (found == m_shapingFonts.end()) {
+        FontFacts facts;
+        facts.reference.reset(PANGO_FONT(g_object_ref(font)));
+        facts.color = isColorFont(font);
+        if (facts.color) {
+            FontDescriptionPtr description(pango_font_describe(font));
+            char* name = pango_font_description_to_string(description.get());
+            facts.name = name;
+            g_free(name);
+            pango_font_description_set_family(description.get(), "sans-serif");
+            facts.plain.reset(
+                pango_font_map_load_font(m_fontMap.get(), m_context.get(), description.get()));
+        }
+        found = m_shapingFonts.emplace(font, std::move(facts)).first;
+    }
+    return found->second;
+}
+
+// A paragraph longer than a piece is set piece by piece. A piece's last line may end where it
+// does only because the piece ends there, so it is set again as the start of the next piece;
+// the lines kept are then the very lines of the whole paragraph. The pieces after the first take
+// the first one's direction, which a piece's own first character might not give.
+void TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped) {
+    const auto& paragraphs = result.text.paragraphs();
+    const Paragraph& paragraph = paragraphs[index];
+    const std::size_t length = byteLength(paragraph);
+    std::string whole;
+    std::unique_ptr<Graphemes> graphemes;
+    if (shaped != nullptr) {
+        shaped->texts.push_back(paragraph.text());
+    }
+    Direction direction = Direction::natural;
+    std::size_t start = 0;
+    std::size_t budget = kPieceBytes;
+    bool first = true;
+    std::vector<std::pair<LineBox, PangoLayoutLine*>> lines;
+    while (true) {
+        std::size_t end = length;
+        if (length - start > budget) {
+            if (!graphemes) {
+                whole = paragraph.text();
+                graphemes = std::make_unique<Graphemes>(whole);
+            }
+            end = graphemes->atOrBefore(start + budget);
+            if (end <= start) {
+                end = graphemes->after(start);
+            }
+        }
+        const PangoLayoutPtr layout = makeLayout(paragraph, start, end, result.width, direction);
+        lines.clear();
+        const LayoutIterPtr iter(pango_layout_get_iter(layout.get()));
+        do {
+            PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
+            PangoRectangle logical;
+            pango_layout_iter_get_line_extents(iter.get(), nullptr, &logical);
+            const int baseline = pango_layout_iter_get_baseline(iter.get());
+            LineBox box;
+            box.paragraph = index;
+            box.start = start + static_cast<std::size_t>(line->start_index);
+            box.length = static_cast<std::size_t>(line->length);
+            box.x = points(logical.x);
+            box.height = points(logical.height);
+            box.ascent = points(baseline - logical.y);
+            lines.emplace_back(box, line);
+        } while (pango_layout_iter_next_line(iter.get()));
+
+        std::size_t next = length;
+        if (end < length) {
+            if (lines.size() < 2) {
+                // All of the piece went into one line, which may go on: a larger piece.
+                budget *= 2;
+                continue;
+            }
+            next = lines.back().first.start;
+            lines.pop_back();
+            if (direction == Direction::natural) {
+                direction = lines.front().second->resolved_dir == PANGO_DIRECTION_RTL
+                                ? Direction::rightToLeft
+                                : Direction::leftToRight;
+            }
+        }
+        for (auto& [box, line] : lines) {
+            if (first) {
+                box.spaceAbove = paragraph.style.spacingBefore +
+                                 (index > 0 ? paragraphs[index - 1].style.spacing : 0.0);
+                first = false;
+            } else {
+                box.spaceAbove = paragraph.style.lineSpacing;
+            }
+            if (shaped != nullptr) {
+                box.firstRun = static_cast<std::uint32_t>(shaped->runs.size());
+                for (GSList* node = line->runs; node != nullptr; node = node->next) {
+                    const auto* run = static_cast<const PangoGlyphItem*>(node->data);
+                    const PangoItem& item = *run->item;
+                    GlyphRun kept;
+                    kept.font = fontFacts(item.analysis.font).reference.get();
+                    kept.language = item.analysis.language;
+                    kept.offset =
+                        static_cast<std::uint32_t>(start) + static_cast<std::uint32_t>(item.offset);
+                    kept.length = static_cast<std::uint32_t>(item.length);
+                    kept.characters = static_cast<std::uint32_t>(item.num_chars);
+                    kept.firstGlyph = static_cast<std::uint32_t>(shaped->glyphs.size());
+                    kept.glyphCount = static_cast<std::uint32_t>(run->glyphs->num_glyphs);
+                    kept.width = pango_glyph_string_get_width(run->glyphs);
+                    if (const PangoColor* color = runColor(run)) {
+                        kept.red = color->red;
+                        kept.green = color->green;
+                        kept.blue = color->blue;
+                        kept.colored = true;
+                    }
+                    kept.level = item.analysis.level;
+                    kept.gravity = item.analysis.gravity;
+                    kept.script = static_cast<std::int16_t>(item.analysis.script);
+                    shaped->glyphs.insert(shaped->glyphs.end(), run->glyphs->glyphs,
+                                          run->glyphs->glyphs + run->glyphs->num_glyphs);
+                    shaped->clusters.insert(shaped->clusters.end(), run->glyphs->log_clusters,
+                                            run->glyphs->log_clusters + run->glyphs->num_glyphs);
+                    shaped->runs.push_back(kept);
+                }
+                box.runCount = static_cast<std::uint32_t>(shaped->runs.size()) - box.firstRun;
+            }
+            result.lines.push_back(box);
+        }
+        if (next == length) {
+            return;
+        }
+        start = next;
+        budget = kPieceBytes;
+    }
+}
+
+SetText TextSetter::set(AttributedText text, double width) {
+    SetText result = set(std::move(text), width, m_keptBytes < m_keptShapeBytes);
+    if (result.shaped != nullptr) {
+        m_keptBytes += result.shaped->bytes();
+    }
+    return result;
+}
+
+SetText TextSetter::set(AttributedText text, double width, bool keepShapes) {
+    SetText result{std::move(text), width, {}, ++m_serial, {}};
+    if (keepShapes) {
+        result.shaped.reset(new Shaped);
+    }
+    for (std::size_t index = 0; index < result.text.paragraphs().size(); ++index) {
+        setParagraph(result, index, result.shaped.get());
+    }
+    if (result.shaped != nullptr) {
+        Shaped& shaped = *result.shaped;
+        // Exactly as large as they need to be: kept shapes can add up to many megabytes.
+        shaped.glyphs.shrink_to_fit();
+        shaped.clusters.shrink_to_fit();
+        shaped.runs.shrink_to_fit();
+    }
+    return result;
+}
+
+void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count,
+                      double x, double y) {
+    const SetText* shapedText = &text;
+    if (text.shaped == nullptr) {
+        if (m_again == nullptr || m_again->serial != text.serial) {
+            m_again.reset();
+            SetText again = set(text.text, text.width, true);
+            again.serial = text.serial;
+            m_again = std::make_unique<SetText>(std::move(again));
+        }
+        shapedText = m_again.get();
+    }
+    const std::vector<double> tops = text.lineTops(first, count);
+    for (std::size_t offset = 0; offset < tops.size(); ++offset) {
+        const LineBox& box = shapedText->lines[first + offset];
+        showLine(cairo, *shapedText->shaped, box, x + box.x, y + tops[offset] + box.ascent);
+    }
+}
+
+void TextSetter::showLine(cairo_t* cairo, const Shaped& shaped, const LineBox& line, double x,
+                          double baseline) {
+    const char* text = shaped.texts[line.paragraph].data();
+    double runX = x;
+    for (std::uint32_t index = line.firstRun; index < line.firstRun + line.runCount; ++index) {
+        const GlyphRun& run = shaped.runs[index];
+        // Pango draws from a glyph item; this one borrows the kept glyphs.
+        PangoGlyphString glyphs{};
+        glyphs.num_glyphs = static_cast<gint>(run.glyphCount);
+        glyphs.space = glyphs.num_glyphs;
+        glyphs.glyphs = const_cast<PangoGlyphInfo*>(shaped.glyphs.data() + run.firstGlyph);
+        glyphs.log_clusters = const_cast<int*>(shaped.clusters.data() + run.firstGlyph);
+        m_item->offset = static_cast<gint>(run.offset);
+        m_item->length = static_cast<gint>(run.length);
+        m_item->num_chars = static_cast<gint>(run.characters);
+        m_item->analysis.font = run.font;
+        m_item->analysis.language = run.language;
+        m_item->analysis.level = run.level;
+        m_item->analysis.gravity = run.gravity;
+        m_item->analysis.script = static_cast<guint8>(run.script);
+        PangoGlyphItem item{};
+        item.item = m_item.get();
+        item.glyphs = &glyphs;
+        if (run.colored) {
+            setColor(cairo, PangoColor{run.red, run.green, run.blue});
+        }
+        showRun(cairo, text, &item, runX, baseline);
+        runX += points(run.width);
+    }
+    m_item->analysis.font = nullptr; // borrowed
+}
+
 void TextSetter::showLine(cairo_t* cairo, PangoLayoutLine* line, double x, double baseline) {
     const char* text = pango_layout_get_text(line->layout);
     double runX = x;
     for (GSList* node = line->runs; node != nullptr; node = node->next) {
         auto* run = static_cast<PangoGlyphItem*>(node->data);
-        setRunColor(cairo, run);
-        if (isColorFont(run->item->analysis.font)) {
-            showColorRun(cairo, text, run, runX, baseline);
-        } else {
-            cairo_move_to(cairo, runX, baseline);
-            pango_cairo_show_glyph_item(cairo, text, run);
+        if (const PangoColor* color = runColor(run)) {
+            setColor(cairo, *color);
         }
+        showRun(cairo, text, run, runX, baseline);
         runX += points(pango_glyph_string_get_width(run->glyphs));
+    }
+}
+
+void TextSetter::showRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
+                         double baseline) {
+    if (fontFacts(run->item->analysis.font).color) {
+        showColorRun(cairo, text, run, x, baseline);
+    } else {
+        cairo_move_to(cairo, x, baseline);
+        pango_cairo_show_glyph_item(cairo, text, run);
     }
 }
 
@@ -479,15 +647,13 @@ void TextSetter::showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* 
         cairo_restore(cairo);
     }
 
-    FontDescriptionPtr plain(pango_font_describe(run->item->analysis.font));
-    pango_font_description_set_family(plain.get(), "sans-serif");
-    PangoFont* plainFont = pango_font_map_load_font(m_fontMap.get(), m_context.get(), plain.get());
+    PangoFont* plainFont = fontFacts(run->item->analysis.font).plain.get();
     if (plainFont == nullptr) {
         return;
     }
     const std::unique_ptr<PangoGlyphItem, GlyphItemDeleter> hidden(pango_glyph_item_copy(run));
     g_object_unref(hidden->item->analysis.font);
-    hidden->item->analysis.font = plainFont; // the copy owns the reference now
+    hidden->item->analysis.font = PANGO_FONT(g_object_ref(plainFont));
     // Glyph numbers of the colour font mean nothing in the text font: all become its glyph 0,
     // and the characters travel with them as the PDF's actual text.
     for (int index = 0; index < hidden->glyphs->num_glyphs; ++index) {
@@ -501,10 +667,7 @@ void TextSetter::showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* 
 }
 
 cairo_surface_t* TextSetter::colorRunImage(PangoGlyphItem* run, const Rect& bounds) {
-    FontDescriptionPtr description(pango_font_describe(run->item->analysis.font));
-    char* describedFont = pango_font_description_to_string(description.get());
-    std::string key = describedFont;
-    g_free(describedFont);
+    std::string key = fontFacts(run->item->analysis.font).name;
     for (int index = 0; index < run->glyphs->num_glyphs; ++index) {
         const PangoGlyphInfo& glyph = run->glyphs->glyphs[index];
         for (const long number :

@@ -5,7 +5,9 @@
 #include "ScrivlyKit/pdf/PDFExport.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -17,14 +19,21 @@ using PDFExport::Rect;
 
 // One laid-out line of a set text. Positions are in points from the text's left edge.
 struct LineBox {
-    std::size_t paragraph = 0;       // index into the text's paragraphs
-    PangoLayoutLine* line = nullptr; // owned by one of the set text's layouts
-    std::size_t start = 0;           // byte range of the line in the paragraph's text
+    std::size_t paragraph = 0; // index into the text's paragraphs
+    std::size_t start = 0;     // byte range of the line in the paragraph's text
     std::size_t length = 0;
+    std::uint32_t firstRun = 0; // the line's glyph runs in the shaped text, in visual order
+    std::uint32_t runCount = 0;
     double x = 0;          // the line's origin (alignment and direction applied)
     double spaceAbove = 0; // gap to the previous line, or the text's spacing before
     double height = 0;     // logical height of the line
     double ascent = 0;     // from the line's top to its baseline
+};
+
+// The glyphs of a set text's lines as Pango shaped them: all that drawing needs of the text.
+struct Shaped;
+struct ShapedDeleter {
+    void operator()(Shaped* shaped) const noexcept;
 };
 
 // Text broken into lines at a width. The lines are what pages are made of: a page shows a run
@@ -33,9 +42,10 @@ struct SetText {
     AttributedText text;
     double width = 0;
     std::vector<LineBox> lines;
-    // Pango's layouts of the paragraphs (of pieces of the long ones), kept so that drawing shows
-    // the lines as measured without shaping the text again.
-    std::vector<PangoLayoutPtr> layouts;
+    std::uint64_t serial = 0; // tells apart the texts of one setter
+    // Kept so that drawing does not shape the text again, unless the setter had used up the
+    // memory it keeps for them; then drawing sets the text again.
+    std::unique_ptr<Shaped, ShapedDeleter> shaped;
 
     // Height of lines [first, first + count) stacked. Space above the first of them counts only
     // when it is the text's first line: a continuation starts flush at the top of its page.
@@ -58,8 +68,12 @@ struct LineMetrics {
 // and caches fonts. Not thread-safe. Throws PDFExport::Failed when Pango cannot be set up.
 class TextSetter {
 public:
+    // Kept shapes take about 30 bytes a character. Past this much, texts are shaped again for
+    // drawing instead, so that a very long conversation does not hold all of its glyphs at once.
+    static constexpr std::size_t kKeptShapeBytes = std::size_t{64} << 20;
+
     // language: an ICU locale identifier; it guides the choice among fonts for Han characters.
-    explicit TextSetter(const std::string& language);
+    explicit TextSetter(const std::string& language, std::size_t keptShapeBytes = kKeptShapeBytes);
     ~TextSetter();
     TextSetter(const TextSetter&) = delete;
     TextSetter& operator=(const TextSetter&) = delete;
@@ -67,6 +81,7 @@ public:
     SetText set(AttributedText text, double width);
 
     // Draws lines [first, first + count) of a set text with the top of the first at (x, y).
+    // Drawing a text in consecutive calls, as pages show it, sets it again at most once.
     void draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count, double x,
               double y);
 
@@ -80,7 +95,19 @@ public:
     std::string truncated(std::string_view text, const TextStyle& style, double maxWidth);
 
 private:
+    // What is known of a font that text was set in. The reference keeps kept glyph runs valid.
+    struct FontFacts {
+        std::unique_ptr<PangoFont, GObjectDeleter> reference;
+        bool color = false; // colour glyphs: emoji
+        std::string name;   // Pango's description, for the colour glyph pictures
+        std::unique_ptr<PangoFont, GObjectDeleter> plain; // the text font at the same size
+    };
+
+    SetText set(AttributedText text, double width, bool keepShapes);
+    void showLine(cairo_t* cairo, const Shaped& shaped, const LineBox& line, double x,
+                  double baseline);
     void showLine(cairo_t* cairo, PangoLayoutLine* line, double x, double baseline);
+    void showRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x, double baseline);
     void showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
                       double baseline);
     cairo_surface_t* colorRunImage(PangoGlyphItem* run, const Rect& bounds);
@@ -89,7 +116,8 @@ private:
     // Pango's layout of the paragraph's bytes [start, end) at a width (unbroken when negative).
     PangoLayoutPtr makeLayout(const Paragraph& paragraph, std::size_t start, std::size_t end,
                               double width, Direction direction = Direction::natural);
-    void setParagraph(SetText& result, std::size_t index);
+    void setParagraph(SetText& result, std::size_t index, Shaped* shaped);
+    const FontFacts& fontFacts(PangoFont* font);
     PangoLayoutPtr makeLineLayout(std::string_view text, const TextStyle& style);
     const PangoFontDescription* font(const TextStyle& style);
 
@@ -99,6 +127,15 @@ private:
     PangoContextPtr m_ltrContext;
     PangoContextPtr m_rtlContext;
     std::map<std::tuple<double, bool, bool>, FontDescriptionPtr> m_fonts; // size, bold, italic
+    // Every font that set text was shaped in: kept texts point to them.
+    std::map<PangoFont*, FontFacts> m_shapingFonts;
+    // Scratch item through which kept glyph runs are drawn.
+    std::unique_ptr<PangoItem, PangoItemDeleter> m_item;
+    std::size_t m_keptShapeBytes;
+    std::size_t m_keptBytes = 0;
+    std::uint64_t m_serial = 0;
+    // The text last set again for drawing, while its pages are drawn.
+    std::unique_ptr<SetText> m_again;
     // Colour glyphs (emoji) drawn once at print resolution and reused, so the PDF holds each
     // picture once. Keyed by font and glyphs.
     std::map<std::string, CairoSurfacePtr> m_colorRuns;

@@ -1,10 +1,13 @@
 #include "ScrivlyKit/pdf/PDFExport.h"
+#include "ScrivlyKit/pdf/TextSetter.h"
 
 #include "tests/pdf/PDFTestSupport.h"
 #include "tests/support/TempDir.h"
 
+#include <cairo.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 
 namespace scrivly {
@@ -246,6 +249,52 @@ TEST(PDFLayout, MessageLongerThanAPageContinuesBetweenLines) {
         // Every character once, in order: nothing lost or doubled at the page breaks.
         EXPECT_TRUE(joined.substr(lineBreak + 1) == text);
     }
+}
+
+// A setter keeps the glyphs it shaped for drawing, up to a limit; past it, drawing sets the text
+// again. Both must draw the very same pixels, in whatever slices pages take of the lines.
+TEST(TextSetter, DrawsTheSameWhetherItKeptTheShapesOrSetsTheTextAgain) {
+    using namespace pdf;
+    AttributedText first;
+    first.append("Ann Lee \U0001F44D\U0001F3FD \u05E9\u05DC\u05D5\u05DD",
+                 TextStyle{10, true, false, {0.2, 0.4, 0.6}}, ParagraphStyle{});
+    first.endParagraph();
+    std::string words;
+    while (words.size() < 5000) {
+        words += "word \u5B57 e\u0301 \U0001F1E9\U0001F1EA ";
+    }
+    first.append(words, TextStyle{10.5, false, false, {}},
+                 ParagraphStyle{Alignment::natural, 0, 1.5, 1.5});
+    AttributedText second;
+    second.append("\u05E9\u05DC\u05D5\u05DD world", TextStyle{9, false, true, {0.5, 0, 0}},
+                  ParagraphStyle{Alignment::center, 2, 0, 1});
+
+    const auto pixels = [&](std::size_t keptShapeBytes) {
+        TextSetter setter("en_US", keptShapeBytes);
+        const SetText a = setter.set(first, 240);
+        const SetText b = setter.set(second, 240);
+        EXPECT_EQ(a.shaped != nullptr, keptShapeBytes > 0);
+        EXPECT_GT(a.lines.size(), 20u);
+        std::vector<unsigned char> result;
+        // Slices of 9 lines, with the other text drawn between two of them.
+        for (std::size_t line = 0; line < a.lines.size(); line += 9) {
+            cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 260, 160);
+            cairo_t* cairo = cairo_create(surface);
+            setter.draw(cairo, a, line, 9, 10, 5);
+            if (line == 9) {
+                setter.draw(cairo, b, 0, 1, 10, 140);
+            }
+            cairo_destroy(cairo);
+            cairo_surface_flush(surface);
+            const unsigned char* data = cairo_image_surface_get_data(surface);
+            result.insert(result.end(), data, data + 160 * cairo_image_surface_get_stride(surface));
+            cairo_surface_destroy(surface);
+        }
+        return result;
+    };
+    const auto kept = pixels(TextSetter::kKeptShapeBytes);
+    EXPECT_TRUE(kept == pixels(0));
+    EXPECT_NE(std::count(kept.begin(), kept.end(), 0), static_cast<std::ptrdiff_t>(kept.size()));
 }
 
 TEST(PDFLayout, SendersKeepTheirPaletteColourAndMeHasMine) {
