@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <filesystem>
 #include <string_view>
@@ -64,12 +63,6 @@ bool isPicture(const Attachment& attachment) {
     }
     return hasPictureExtension(attachment.name) ||
            (attachment.path && hasPictureExtension(*attachment.path));
-}
-
-std::string decimal(double value) {
-    char buffer[32];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    return std::string(buffer, result.ptr);
 }
 
 std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
@@ -233,11 +226,9 @@ void Layout::newPage() {
 
 ParagraphStyle Layout::paragraphStyle(Alignment alignment, double spacingBefore, double spacing,
                                       double lineSpacing) {
-    const std::string key = std::string(alignment == Alignment::center ? "center" : "natural") +
-                            "-" + decimal(spacingBefore) + "-" + decimal(spacing) + "-" +
-                            decimal(lineSpacing);
     return m_paragraphs
-        .try_emplace(key, ParagraphStyle{alignment, spacingBefore, spacing, lineSpacing})
+        .try_emplace(std::make_tuple(alignment, spacingBefore, spacing, lineSpacing),
+                     ParagraphStyle{alignment, spacingBefore, spacing, lineSpacing})
         .first->second;
 }
 
@@ -283,8 +274,9 @@ std::string Layout::dateRangeText(const Transcript& transcript) {
         // Narrower when it starts or ends on another day than the range, or the range is open
         // on one side (then the span is what tells where the messages stop).
         if (spanStart != rangeStart || spanEnd != rangeEnd) {
-            text += "\n" + m_strings.includedDates(spanStart == spanEnd ? spanStart
-                                                                        : span(spanStart, spanEnd));
+            text += '\n';
+            text += m_strings.includedDates(spanStart == spanEnd ? spanStart
+                                                                 : span(spanStart, spanEnd));
         }
     }
     return text;

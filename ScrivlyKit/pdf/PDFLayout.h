@@ -16,6 +16,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace scrivly::pdf {
@@ -119,8 +120,8 @@ private:
     double m_y = 0;
     int m_reported = -1;
     TextSetter m_setter;
-    // Keyed by alignment and the three spacings joined with "-".
-    std::map<std::string, ParagraphStyle> m_paragraphs;
+    // Keyed by alignment, spacing before, spacing and line spacing.
+    std::map<std::tuple<Alignment, double, double, double>, ParagraphStyle> m_paragraphs;
     std::map<std::string, Color> m_senderColors;
     std::size_t m_nextPaletteColor = 0;
     std::optional<Formatting::DateFormatter> m_dayFormat;
