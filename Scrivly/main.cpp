@@ -1,8 +1,11 @@
 #include "Scrivly/ScrivlyApp.h"
 
+#include "ScrivlyKit/platform/Memory.h"
+
 #include <QApplication>
 
 int main(int argc, char** argv) {
+    scrivly::Memory::useReturnableHeap();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Scrivly"));
     QApplication::setOrganizationName(QStringLiteral("Scrivly"));

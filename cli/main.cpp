@@ -5,6 +5,8 @@
 #include "cli/Errors.h"
 #include "cli/Interrupts.h"
 
+#include "ScrivlyKit/platform/Memory.h"
+
 #include <cerrno>
 #include <csignal>
 #include <exception>
@@ -12,6 +14,7 @@
 
 int main(int argc, char** argv) {
     using namespace scrivly::cli;
+    scrivly::Memory::useReturnableHeap();
 
     // A closed pipe (scrivly-cli conversations | head) becomes a write error, not a kill that
     // would skip removing the temporary sample.

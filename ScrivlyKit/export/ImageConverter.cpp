@@ -24,6 +24,9 @@ bool vipsReady() {
             // Each picture is converted once; an operation cache would only hold decoded pixels
             // (and open files) long after the conversion.
             vips_cache_set_max(0);
+            // Exports convert several pictures at once, one per thread; a thread pool inside
+            // each conversion would only add threads, and every thread keeps its own heap.
+            vips_concurrency_set(1);
         }
     });
     return ready;

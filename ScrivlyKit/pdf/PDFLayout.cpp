@@ -28,8 +28,8 @@ constexpr std::array<Color, 5> kPalette{{
 constexpr double kBodyIndent = 12;
 constexpr double kPictureMaxWidth = 250;
 constexpr double kPictureMaxHeight = 280;
-constexpr int kPictureMaxPixels = 1600;
-constexpr double kPictureQuality = 0.82;
+// Enough pixels for the printed size at 300 dpi and more.
+constexpr PictureQueue::Settings kPictureSettings{.maxPixelSize = 1600, .quality = 0.82};
 
 std::string asciiLowercased(std::string_view text) {
     std::string result(text);
@@ -208,6 +208,18 @@ void Layout::checkCancelled() const {
 
 void Layout::layOut(const Transcript& transcript) {
     report(0);
+    if (m_options.includeImages) {
+        // Pictures are converted on other threads from here on, in the order they will be needed.
+        std::vector<std::string> paths;
+        for (const auto& entry : transcript.entries) {
+            for (const auto& attachment : entry.attachments) {
+                if (attachment.path && !attachment.path->empty() && isPicture(attachment)) {
+                    paths.push_back(*attachment.path);
+                }
+            }
+        }
+        m_pictures.emplace(paths, kPictureSettings, m_stop);
+    }
     if (m_options.coverPage) {
         layOutCover(transcript);
     }
@@ -407,15 +419,13 @@ void Layout::appendAttachment(const Attachment& attachment, AttributedText& bloc
     const bool exists = attachment.path && !attachment.path->empty() &&
                         std::filesystem::exists(*attachment.path, error);
     if (exists && m_options.includeImages && isPicture(attachment)) {
-        if (auto jpeg =
-                ImageConverter::jpegData(*attachment.path, kPictureMaxPixels, kPictureQuality)) {
-            const auto size = ImageConverter::jpegSize(*jpeg);
-            if (size && size->first > 0 && size->second > 0) {
-                pictures.push_back(
-                    Picture{std::make_shared<const std::vector<std::uint8_t>>(std::move(*jpeg)),
-                            size->first, size->second});
-                return;
-            }
+        // Without the queue of layOut (a single entry laid out alone), convert here.
+        auto jpeg = m_pictures ? m_pictures->take(*attachment.path)
+                               : PictureQueue({}, kPictureSettings, m_stop).take(*attachment.path);
+        const auto size = jpeg ? ImageConverter::jpegSize(*jpeg) : std::nullopt;
+        if (size && size->first > 0 && size->second > 0) {
+            pictures.push_back(Picture{std::move(jpeg), size->first, size->second});
+            return;
         }
     }
     std::string line;

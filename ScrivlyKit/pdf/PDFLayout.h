@@ -5,6 +5,7 @@
 #include "ScrivlyKit/export/ExportStrings.h"
 #include "ScrivlyKit/export/Formatting.h"
 #include "ScrivlyKit/export/PaperSize.h"
+#include "ScrivlyKit/export/PictureQueue.h"
 #include "ScrivlyKit/pdf/AttributedText.h"
 #include "ScrivlyKit/pdf/PDFExport.h"
 #include "ScrivlyKit/pdf/TextSetter.h"
@@ -128,6 +129,8 @@ private:
     std::optional<Formatting::DateFormatter> m_timeFormat;
     std::optional<Formatting::DateFormatter> m_shortDate;
     std::vector<Chrome> m_headerLines; // the same on every page
+    // Last, so that its workers stop before anything they could touch goes.
+    std::optional<PictureQueue> m_pictures;
 };
 
 } // namespace scrivly::pdf
