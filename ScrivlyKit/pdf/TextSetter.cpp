@@ -396,6 +396,58 @@ struct GlyphItemDeleter {
 
 } // namespace
 
+namespace {
+
+// Whether a paragraph might fit on one line of the width: its text is not too long for that at
+// its largest font size, assuming an average character of less than half an em.
+bool mayFitOnALine(const Paragraph& paragraph, std::size_t length, double width) {
+    double largest = 0;
+    for (const Run& run : paragraph.runs) {
+        largest = std::max(largest, run.style.size);
+    }
+    return static_cast<double>(length) * largest * 0.45 <= width;
+}
+
+// Where Pango puts a line of a layout of the given width (Pango units), as its alignment and
+// direction have it: right-to-left lines of a naturally aligned paragraph stand at the right.
+int alignmentOffset(Alignment alignment, bool rightToLeft, int layoutWidth, int lineWidth) {
+    if (alignment == Alignment::center) {
+        int offset = (layoutWidth - lineWidth) / 2;
+        if (((layoutWidth | lineWidth) & (PANGO_SCALE - 1)) == 0) {
+            offset = PANGO_UNITS_ROUND(offset);
+        }
+        return offset;
+    }
+    return rightToLeft ? layoutWidth - lineWidth : 0;
+}
+
+// Appends the lines of a layout of the bytes from start of a paragraph; the width of the last
+// one goes to lastWidth when asked for.
+void collectLines(PangoLayout* layout, std::size_t paragraph, std::size_t start,
+                  std::vector<std::pair<LineBox, PangoLayoutLine*>>& lines, int* lastWidth) {
+    lines.clear();
+    const LayoutIterPtr iter(pango_layout_get_iter(layout));
+    do {
+        PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
+        PangoRectangle logical;
+        pango_layout_iter_get_line_extents(iter.get(), nullptr, &logical);
+        const int baseline = pango_layout_iter_get_baseline(iter.get());
+        LineBox box;
+        box.paragraph = paragraph;
+        box.start = start + static_cast<std::size_t>(line->start_index);
+        box.length = static_cast<std::size_t>(line->length);
+        box.x = points(logical.x);
+        box.height = points(logical.height);
+        box.ascent = points(baseline - logical.y);
+        lines.emplace_back(box, line);
+        if (lastWidth != nullptr) {
+            *lastWidth = logical.width;
+        }
+    } while (pango_layout_iter_next_line(iter.get()));
+}
+
+} // namespace
+
 const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
     auto found = m_shapingFonts.find(font);
     if (found == m_shapingFonts.end()) {
@@ -446,23 +498,27 @@ void TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped
                 end = graphemes->after(start);
             }
         }
-        const PangoLayoutPtr layout = makeLayout(paragraph, start, end, result.width, direction);
-        lines.clear();
-        const LayoutIterPtr iter(pango_layout_get_iter(layout.get()));
-        do {
-            PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
-            PangoRectangle logical;
-            pango_layout_iter_get_line_extents(iter.get(), nullptr, &logical);
-            const int baseline = pango_layout_iter_get_baseline(iter.get());
-            LineBox box;
-            box.paragraph = index;
-            box.start = start + static_cast<std::size_t>(line->start_index);
-            box.length = static_cast<std::size_t>(line->length);
-            box.x = points(logical.x);
-            box.height = points(logical.height);
-            box.ascent = points(baseline - logical.y);
-            lines.emplace_back(box, line);
-        } while (pango_layout_iter_next_line(iter.get()));
+        // Pango shapes a paragraph twice when it breaks it at a width, but once when it has no
+        // width to keep to. A paragraph short enough to fit on a line is tried that way first,
+        // and kept if it did fit: the line is the same, only its alignment is left to do.
+        PangoLayoutPtr layout;
+        int unwrappedWidth = -1; // of the one line, when the layout has no width
+        if (start == 0 && end == length && mayFitOnALine(paragraph, length, result.width)) {
+            layout = makeLayout(paragraph, 0, length, -1, direction);
+            collectLines(layout.get(), index, 0, lines, &unwrappedWidth);
+            if (lines.size() != 1 || unwrappedWidth >= pangoUnits(result.width)) {
+                layout.reset();
+            }
+        }
+        if (layout == nullptr) {
+            layout = makeLayout(paragraph, start, end, result.width, direction);
+            collectLines(layout.get(), index, start, lines, nullptr);
+        } else {
+            lines.front().first.x +=
+                points(alignmentOffset(paragraph.style.alignment,
+                                       lines.front().second->resolved_dir == PANGO_DIRECTION_RTL,
+                                       pangoUnits(result.width), unwrappedWidth));
+        }
 
         std::size_t next = length;
         if (end < length) {

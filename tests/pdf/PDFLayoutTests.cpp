@@ -297,6 +297,30 @@ TEST(TextSetter, DrawsTheSameWhetherItKeptTheShapesOrSetsTheTextAgain) {
     EXPECT_NE(std::count(kept.begin(), kept.end(), 0), static_cast<std::ptrdiff_t>(kept.size()));
 }
 
+TEST(TextSetter, LinesStandWhereTheirAlignmentAndDirectionPutThem) {
+    using namespace pdf;
+    TextSetter setter("en_US");
+    const TextStyle style{10.5, false, false, {}};
+    struct Case {
+        const char* text;
+        Alignment alignment;
+        double share; // of the space the line leaves, the part at its left
+    };
+    for (const Case& c :
+         {Case{"Hello there", Alignment::natural, 0},
+          Case{"\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD", Alignment::natural, 1},
+          Case{"Tuesday, March 5", Alignment::center, 0.5},
+          Case{"\u05E9\u05DC\u05D5\u05DD", Alignment::center, 0.5}}) {
+        SCOPED_TRACE(c.text);
+        AttributedText text;
+        text.append(c.text, style, ParagraphStyle{c.alignment, 0, 0, 0});
+        const SetText set = setter.set(std::move(text), 300);
+        ASSERT_EQ(set.lines.size(), 1u);
+        const double space = 300 - setter.measureLine(c.text, style).width;
+        EXPECT_NEAR(set.lines[0].x, space * c.share, 0.01);
+    }
+}
+
 TEST(PDFLayout, SendersKeepTheirPaletteColourAndMeHasMine) {
     const Color colors[] = {{0.13, 0.55, 0.27}, {0.55, 0.27, 0.68}, {0.8, 0.42, 0.05},
                             {0.05, 0.52, 0.58}, {0.72, 0.2, 0.3},   {0.0, 0.4, 0.85}};
