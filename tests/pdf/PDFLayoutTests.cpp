@@ -44,50 +44,33 @@ ExportOptions withoutCover() {
     return options;
 }
 
-TEST(PDFLayout, EmptyTranscriptGivesTheCoverOnlyOrOneEmptyPage) {
-    TranscriptBuilder builder;
-    for (const bool cover : {true, false}) {
-        SCOPED_TRACE(cover ? "with cover" : "without cover");
-        ExportOptions options = testing::testOptions();
-        options.coverPage = cover;
-        const DocumentLayout document = layOut(builder.transcript(), options);
-        ASSERT_EQ(document.pages.size(), 1u);
-        const auto& items = document.pages[0].items;
-        if (cover) {
-            ASSERT_EQ(items.size(), 1u);
-            EXPECT_NE(items[0].text.find("Jordan Avery\nParticipants\nJordan Avery\nDates\nAll "
-                                         "messages\nMessages\n0\nAttachments\n0\nExported\n"),
-                      std::string::npos)
-                << items[0].text;
-            EXPECT_EQ(items[0].frame.y, document.textTop + 60);
-        } else {
-            EXPECT_TRUE(items.empty());
-        }
-        ASSERT_FALSE(document.pages[0].chrome.empty());
-        EXPECT_EQ(document.pages[0].chrome.back().text, "Page 1 of 1");
-    }
-}
-
-TEST(PDFLayout, CoverNamesTheSpanActuallyIncludedWhenNarrowerThanTheRange) {
+TEST(PDFLayout, CoverSummarisesTheTranscriptAndNamesTheSpanActuallyIncluded) {
+    TranscriptBuilder empty;
     TranscriptBuilder builder;
     builder.add(1, 0, "Jordan Avery", "Hello");
     builder.add(3, 0, "Jordan Avery", "Bye");
     struct Case {
         const char* name;
+        bool messages;
         std::optional<double> fromDay, toDay;
         const char* expected;
     };
     const Case cases[] = {
-        {"no range", std::nullopt, std::nullopt, "Dates\nAll messages\nMessages"},
-        {"range wider than the messages", 0, 4,
-         "Dates\nMar 5, 2024 – Mar 9, 2024\nIncluded: Mar 6, 2024 – Mar 8, 2024\nMessages"},
-        {"range equal to the messages", 1, 3, "Dates\nMar 6, 2024 – Mar 8, 2024\nMessages"},
-        {"open end", 1, std::nullopt,
-         "Dates\nMar 6, 2024 –\nIncluded: Mar 6, 2024 – Mar 8, 2024\nMessages"},
+        {"no messages", false, std::nullopt, std::nullopt,
+         "Jordan Avery\nParticipants\nJordan Avery\nDates\nAll messages\nMessages\n0\n"
+         "Attachments\n0\nExported\n"},
+        {"no range", true, std::nullopt, std::nullopt,
+         "Dates\nAll messages\nMessages\n2\nAttachments\n0\n"},
+        {"range wider than the messages", true, 0, 4,
+         "Dates\nMar 5, 2024 – Mar 9, 2024\nIncluded: Mar 6, 2024 – Mar 8, 2024\nMessages\n2\n"},
+        {"range equal to the messages", true, 1, 3,
+         "Dates\nMar 6, 2024 – Mar 8, 2024\nMessages\n2\n"},
+        {"open end", true, 1, std::nullopt,
+         "Dates\nMar 6, 2024 –\nIncluded: Mar 6, 2024 – Mar 8, 2024\nMessages\n2\n"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        Transcript transcript = builder.transcript();
+        Transcript transcript = (c.messages ? builder : empty).transcript();
         // Whole days in New York (before the change to summer time): midnight to 23:59:59.
         const auto dayStart = [](double day) {
             return Date::fromUnixSeconds(testing::kMarchFifth - 9 * 3600 + day * testing::kDay);
@@ -96,10 +79,19 @@ TEST(PDFLayout, CoverNamesTheSpanActuallyIncludedWhenNarrowerThanTheRange) {
         transcript.to =
             c.toDay ? std::optional(dayStart(*c.toDay + 1) - 1.0) : std::optional<Date>();
         const DocumentLayout document = layOut(transcript);
-        const std::string cover = document.pages.at(0).items.at(0).text;
-        EXPECT_NE(cover.find(c.expected), std::string::npos) << cover;
-        EXPECT_NE(cover.find("Messages\n2\nAttachments\n0\n"), std::string::npos) << cover;
+        // With nothing to show, the cover is all there is.
+        ASSERT_EQ(document.pages.size(), c.messages ? 2u : 1u);
+        const auto& cover = document.pages[0].items;
+        ASSERT_EQ(cover.size(), 1u);
+        EXPECT_NE(cover[0].text.find(c.expected), std::string::npos) << cover[0].text;
+        EXPECT_EQ(cover[0].frame.y, document.textTop + 60);
     }
+    // Without a cover, nothing to show still makes a page.
+    const DocumentLayout bare = layOut(empty.transcript(), withoutCover());
+    ASSERT_EQ(bare.pages.size(), 1u);
+    EXPECT_TRUE(bare.pages[0].items.empty());
+    ASSERT_FALSE(bare.pages[0].chrome.empty());
+    EXPECT_EQ(bare.pages[0].chrome.back().text, "Page 1 of 1");
 }
 
 TEST(PDFLayout, DayLineNearTheBottomMovesToTheNextPageWithItsMessage) {
@@ -150,48 +142,6 @@ TEST(PDFLayout, DayLineNearTheBottomMovesToTheNextPageWithItsMessage) {
     // Both outcomes occur over the range of counts.
     EXPECT_GT(moved, 0);
     EXPECT_GT(stayed, 0);
-}
-
-TEST(PDFLayout, PicturesAreScaledIntoTheirBoxAndNeverEnlarged) {
-    testing::TempDir folder;
-    struct Case {
-        const char* name;
-        int width, height;
-        double expectedWidth, expectedHeight;
-    };
-    const Case cases[] = {
-        {"taller than the page", 600, 2400, 70, 280},
-        {"small", 40, 30, 40, 30},
-        {"wide and large", 3000, 1000, 250, 250.0 * 533 / 1600},
-        {"exactly the width limit", 250, 100, 250, 100},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const std::string path = folder.file(std::string(c.name) + ".png");
-        ASSERT_TRUE(testing::writePicture(path, c.width, c.height));
-        TranscriptBuilder builder;
-        // Enough text before it that the tall picture cannot stay on the first page.
-        builder.add(0, 0, "Jordan Avery", std::string(3000, 'x'));
-        builder.add(0, 1, "Jordan Avery", "Look")
-            .attachments.push_back(testing::attachment(1, path, "photo.png", "image/png"));
-        const DocumentLayout document = layOut(builder.transcript(), withoutCover());
-        expectInsideTextArea(document);
-
-        std::vector<Placed> images;
-        for (const auto& page : document.pages) {
-            for (const Placed& item : page.items) {
-                if (item.kind == Placed::Kind::image) {
-                    images.push_back(item);
-                }
-            }
-        }
-        ASSERT_EQ(images.size(), 1u);
-        EXPECT_NEAR(images[0].frame.width, c.expectedWidth, 0.5);
-        EXPECT_NEAR(images[0].frame.height, c.expectedHeight, 0.5);
-        EXPECT_EQ(images[0].frame.x, 66);
-        EXPECT_LE(std::max(images[0].pixelWidth, images[0].pixelHeight), 1600);
-        EXPECT_EQ(images[0].bar, (Color{0.13, 0.55, 0.27}));
-    }
 }
 
 TEST(PDFLayout, MessageLongerThanAPageContinuesBetweenLines) {
@@ -341,10 +291,13 @@ TEST(PDFLayout, SendersKeepTheirPaletteColourAndMeHasMine) {
     }
 }
 
-TEST(PDFLayout, AttachmentsArePicturesOrLines) {
+TEST(PDFLayout, AttachmentsArePicturesScaledIntoTheirBoxOrLines) {
     testing::TempDir folder;
-    const std::string picture = folder.file("picture");
-    ASSERT_TRUE(testing::writePicture(picture, 64, 48));
+    const auto picture = [&](int width, int height) {
+        const std::string path = folder.file(std::to_string(width) + "x" + std::to_string(height));
+        EXPECT_TRUE(testing::writePicture(path, width, height));
+        return path;
+    };
     const std::string notes = folder.file("notes.txt");
     std::ofstream(notes) << "twelve bytes";
     const std::string broken = folder.file("broken.png");
@@ -354,43 +307,65 @@ TEST(PDFLayout, AttachmentsArePicturesOrLines) {
         const char* name;
         Attachment attachment;
         bool includeImages;
-        const char* expectedLine; // empty: drawn as a picture
+        const char* expectedLine; // empty: drawn as a picture of this size
+        double width, height;
     };
     const Case cases[] = {
-        {"by MIME type", testing::attachment(1, picture, "a.bin", "IMAGE/png"), true, ""},
-        {"by type identifier",
-         testing::attachment(2, picture, "b.dat", std::nullopt, "public.jpeg"), true, ""},
-        {"by extension", testing::attachment(3, picture, "c.JPG"), true, ""},
-        {"not a picture", testing::attachment(4, notes, "notes.txt", "text/plain"), true,
-         "Attachment: notes.txt (12 bytes)"},
+        {"taller than the page, by MIME type",
+         testing::attachment(1, picture(600, 2400), "a.bin", "IMAGE/png"), true, "", 70, 280},
+        {"small, by type identifier",
+         testing::attachment(2, picture(40, 30), "b.dat", std::nullopt, "public.jpeg"), true, "",
+         40, 30},
+        {"wide and large, by extension", testing::attachment(3, picture(3000, 1000), "c.JPG"), true,
+         "", 250, 250.0 * 533 / 1600},
+        {"exactly the width limit", testing::attachment(4, picture(250, 100), "d.png"), true, "",
+         250, 100},
+        {"not a picture", testing::attachment(5, notes, "notes.txt", "text/plain"), true,
+         "Attachment: notes.txt (12 bytes)", 0, 0},
         {"picture not on disk",
-         testing::attachment(5, folder.file("gone.heic"), "IMG_0042.HEIC", "image/heic"), true,
-         "Attachment not on this Mac: IMG_0042.HEIC"},
+         testing::attachment(6, folder.file("gone.heic"), "IMG_0042.HEIC", "image/heic"), true,
+         "Attachment not on this Mac: IMG_0042.HEIC", 0, 0},
         {"picture that cannot be decoded",
-         testing::attachment(6, broken, "broken.png", "image/png"), true,
-         "Attachment: broken.png (20 bytes)"},
-        {"pictures turned off", testing::attachment(7, picture, "c.png", "image/png"), false,
-         "Attachment: c.png ("},
+         testing::attachment(7, broken, "broken.png", "image/png"), true,
+         "Attachment: broken.png (20 bytes)", 0, 0},
+        {"pictures turned off", testing::attachment(8, picture(64, 48), "e.png", "image/png"),
+         false, "Attachment: e.png (", 0, 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         TranscriptBuilder builder;
-        builder.add(0, 0, "Jordan Avery", "").attachments.push_back(c.attachment);
+        // Enough text before it that the tall picture cannot stay on the first page.
+        builder.add(0, 0, "Jordan Avery", std::string(3000, 'x'));
+        builder.add(0, 1, "Jordan Avery", "Look").attachments.push_back(c.attachment);
         ExportOptions options = withoutCover();
         options.includeImages = c.includeImages;
         const DocumentLayout document = layOut(builder.transcript(), options);
-        const auto& items = document.pages.at(0).items;
-        ASSERT_GE(items.size(), 2u);
-        const Placed& block = items[1];
-        const std::string expected = c.expectedLine;
-        if (expected.empty()) {
-            ASSERT_EQ(items.size(), 3u);
-            EXPECT_EQ(items[2].kind, Placed::Kind::image);
-            EXPECT_EQ(block.text.find("Attachment"), std::string::npos);
-        } else {
-            EXPECT_EQ(items.size(), 2u);
-            EXPECT_NE(block.text.find("\n" + expected), std::string::npos) << block.text;
+        expectInsideTextArea(document);
+
+        std::vector<Placed> images;
+        std::string block; // of the message with the attachment
+        for (const auto& page : document.pages) {
+            for (const Placed& item : page.items) {
+                if (item.kind == Placed::Kind::image) {
+                    images.push_back(item);
+                } else if (item.text.find("Look") != std::string::npos) {
+                    block = item.text;
+                }
+            }
         }
+        const std::string expected = c.expectedLine;
+        if (!expected.empty()) {
+            EXPECT_TRUE(images.empty());
+            EXPECT_NE(block.find("\n" + expected), std::string::npos) << block;
+            continue;
+        }
+        EXPECT_EQ(block.find("Attachment"), std::string::npos) << block;
+        ASSERT_EQ(images.size(), 1u);
+        EXPECT_NEAR(images[0].frame.width, c.width, 0.5);
+        EXPECT_NEAR(images[0].frame.height, c.height, 0.5);
+        EXPECT_EQ(images[0].frame.x, 66);
+        EXPECT_LE(std::max(images[0].pixelWidth, images[0].pixelHeight), 1600);
+        EXPECT_EQ(images[0].bar, (Color{0.13, 0.55, 0.27}));
     }
 }
 
