@@ -355,10 +355,6 @@ struct Shaped {
     }
 };
 
-void ShapedDeleter::operator()(Shaped* shaped) const noexcept {
-    delete shaped;
-}
-
 namespace {
 
 // Colour glyphs are drawn at this many pixels per point: about 430 pixels per inch.
@@ -393,10 +389,6 @@ void setColor(cairo_t* cairo, const PangoColor& color) {
 struct GlyphItemDeleter {
     void operator()(PangoGlyphItem* item) const noexcept { pango_glyph_item_free(item); }
 };
-
-} // namespace
-
-namespace {
 
 // Whether a paragraph might fit on one line of the width: its text is not too long for that at
 // its largest font size, assuming an average character of less than half an em.
@@ -595,18 +587,16 @@ SetText TextSetter::set(AttributedText text, double width) {
 
 SetText TextSetter::set(AttributedText text, double width, bool keepShapes) {
     SetText result{std::move(text), width, {}, ++m_serial, {}};
-    if (keepShapes) {
-        result.shaped.reset(new Shaped);
-    }
+    const std::shared_ptr<Shaped> shaped = keepShapes ? std::make_shared<Shaped>() : nullptr;
     for (std::size_t index = 0; index < result.text.paragraphs().size(); ++index) {
-        setParagraph(result, index, result.shaped.get());
+        setParagraph(result, index, shaped.get());
     }
-    if (result.shaped != nullptr) {
-        Shaped& shaped = *result.shaped;
+    if (shaped != nullptr) {
         // Exactly as large as they need to be: kept shapes can add up to many megabytes.
-        shaped.glyphs.shrink_to_fit();
-        shaped.clusters.shrink_to_fit();
-        shaped.runs.shrink_to_fit();
+        shaped->glyphs.shrink_to_fit();
+        shaped->clusters.shrink_to_fit();
+        shaped->runs.shrink_to_fit();
+        result.shaped = shaped;
     }
     return result;
 }

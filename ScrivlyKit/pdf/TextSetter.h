@@ -32,9 +32,6 @@ struct LineBox {
 
 // The glyphs of a set text's lines as Pango shaped them: all that drawing needs of the text.
 struct Shaped;
-struct ShapedDeleter {
-    void operator()(Shaped* shaped) const noexcept;
-};
 
 // Text broken into lines at a width. The lines are what pages are made of: a page shows a run
 // of consecutive lines, never part of one.
@@ -45,7 +42,7 @@ struct SetText {
     std::uint64_t serial = 0; // tells apart the texts of one setter
     // Kept so that drawing does not shape the text again, unless the setter had used up the
     // memory it keeps for them; then drawing sets the text again.
-    std::unique_ptr<Shaped, ShapedDeleter> shaped;
+    std::shared_ptr<const Shaped> shaped;
 
     // Height of lines [first, first + count) stacked. Space above the first of them counts only
     // when it is the text's first line: a continuation starts flush at the top of its page.
