@@ -9,14 +9,11 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QFuture>
 #include <QLocale>
 #include <QPointer>
 #include <QSaveFile>
 #include <QSettings>
 #include <QTimeZone>
-#include <QtConcurrent/QtConcurrentRun>
-#include <QtConcurrent/qtconcurrenttask.h>
 
 #include <algorithm>
 #include <cmath>
@@ -97,8 +94,6 @@ QByteArray bytesOf(const PDFExport::Result& result) {
 
 AppModel::AppModel(Platform& platform, QSettings& store, QObject* parent)
     : QObject(parent), m_platform(platform), m_store(store), m_settings(AppSettings::load(store)) {
-    // Room for a rendering next to a read, so a long PDF never holds up the list.
-    m_pool.setMaxThreadCount(4);
     m_to = platform.now();
     m_from = monthBefore(m_to, platform.timeZone());
     const QString remembered = store.value(QLatin1String(kDatabasePathKey)).toString();
@@ -112,11 +107,43 @@ AppModel::AppModel(Platform& platform, QSettings& store, QObject* parent)
     }
 }
 
+// Everything work and deliver capture is copied or moved, never shared between the threads.
+template <typename Work, typename Deliver>
+void AppModel::runInBackground(Work work, Deliver deliver, bool urgent) {
+    m_workers.post(
+        [this, work = std::move(work), deliver = std::move(deliver)]() mutable {
+            deliverLater([deliver = std::move(deliver), outcome = attempt(work)]() mutable {
+                deliver(std::move(outcome));
+            });
+        },
+        urgent);
+}
+
+void AppModel::deliverLater(std::function<void()> delivery) {
+    {
+        const std::lock_guard lock(m_inboxMutex);
+        m_inbox.push_back(std::move(delivery));
+    }
+    // Only a wake-up, by name, so that no data of ours travels through the event queue. One per
+    // delivery: the wake-ups still queued go with the model, so none runs after it.
+    QMetaObject::invokeMethod(this, "takeDelivery", Qt::QueuedConnection);
+}
+
+void AppModel::takeDelivery() {
+    std::function<void()> delivery;
+    {
+        const std::lock_guard lock(m_inboxMutex);
+        delivery = std::move(m_inbox.front());
+        m_inbox.pop_front();
+    }
+    delivery();
+}
+
 AppModel::~AppModel() {
     if (m_renderTask) {
         m_renderTask->stop.request_stop();
     }
-    m_pool.waitForDone();
+    // m_workers, destroyed first, then waits for the work under way.
 }
 
 // MARK: derived values
@@ -516,25 +543,25 @@ void AppModel::load() {
     const std::uint64_t token = ++m_loadToken;
     setPhase(Phase::loading);
     std::shared_ptr<SampleHistory> sample = m_source == DatabaseSource::sample ? m_sample : nullptr;
-    QtConcurrent::run(&m_pool, [reader = *m_database, sample, now = m_platform.now()] {
-        return attempt([&] {
+    runInBackground(
+        [reader = *m_database, sample, now = m_platform.now()] {
             if (sample) {
                 sample->ensureCreated(now);
             }
             return reader.chats();
+        },
+        [this, token](Outcome<std::vector<Chat>> outcome) {
+            if (token != m_loadToken) {
+                return; // a newer load or check superseded this one
+            }
+            if (!outcome.value) {
+                setPhase(Phase::failed, outcome.error);
+                return;
+            }
+            m_chats = std::move(*outcome.value);
+            regroup(true);
+            setPhase(Phase::ready);
         });
-    }).then(this, [this, token](Outcome<std::vector<Chat>> outcome) {
-        if (token != m_loadToken) {
-            return; // a newer load or check superseded this one
-        }
-        if (!outcome.value) {
-            setPhase(Phase::failed, outcome.error);
-            return;
-        }
-        m_chats = std::move(*outcome.value);
-        regroup(true);
-        setPhase(Phase::ready);
-    });
 }
 
 void AppModel::regroup(bool chatsReread) {
@@ -583,22 +610,22 @@ void AppModel::loadMessages() {
     const std::uint64_t token = m_loadToken;
     m_messagesChatIDs = conversation->chatIDs;
     setLoadingMessages(true);
-    QtConcurrent::run(&m_pool, [reader = *m_database, ids = conversation->chatIDs] {
-        return attempt([&] { return reader.messages(ids); });
-    }).then(this, [this, token, request](Outcome<std::vector<Message>> outcome) {
-        if (token != m_loadToken || request != m_messagesRequest) {
-            return; // another selection or load came since
-        }
-        setLoadingMessages(false);
-        if (!outcome.value) {
-            setProblem(tr("This conversation couldn’t be read."));
-            return;
-        }
-        m_messages = std::move(*outcome.value);
-        m_messagesRead = true;
-        emit messagesChanged();
-        rebuildTranscript();
-    });
+    runInBackground(
+        [reader = *m_database, ids = conversation->chatIDs] { return reader.messages(ids); },
+        [this, token, request](Outcome<std::vector<Message>> outcome) {
+            if (token != m_loadToken || request != m_messagesRequest) {
+                return; // another selection or load came since
+            }
+            setLoadingMessages(false);
+            if (!outcome.value) {
+                setProblem(tr("This conversation couldn’t be read."));
+                return;
+            }
+            m_messages = std::move(*outcome.value);
+            m_messagesRead = true;
+            emit messagesChanged();
+            rebuildTranscript();
+        });
 }
 
 void AppModel::rebuildTranscript() {
@@ -645,20 +672,19 @@ void AppModel::requestContacts() {
 
 void AppModel::loadNames() {
     const std::uint64_t token = ++m_namesToken;
-    QtConcurrent::run(&m_pool, [&platform = m_platform] {
-        return attempt([&] { return platform.loadNames(); });
-    }).then(this, [this, token](Outcome<NameBook> outcome) {
-        if (token != m_namesToken) {
-            return;
-        }
-        if (outcome.value) {
-            setNames(std::move(*outcome.value));
-        } else {
-            // The names there are stay; the platform may now call the source unreadable, so the
-            // user is offered to choose again.
-            setContacts(contactsAccess(m_platform.contactsAuthorization()));
-        }
-    });
+    runInBackground([&platform = m_platform] { return platform.loadNames(); },
+                    [this, token](Outcome<NameBook> outcome) {
+                        if (token != m_namesToken) {
+                            return;
+                        }
+                        if (outcome.value) {
+                            setNames(std::move(*outcome.value));
+                        } else {
+                            // The names there are stay; the platform may now call the source
+                            // unreadable, so the user is offered to choose again.
+                            setContacts(contactsAccess(m_platform.contactsAuthorization()));
+                        }
+                    });
 }
 
 void AppModel::openFullDiskAccessSettings() {
@@ -738,46 +764,39 @@ void AppModel::renderPDF(std::function<void(const PDFExport::Result&)> done,
     setExporting(true);
     setRenderProgress(0.0);
 
-    // The model outlives the task (its destructor waits for the pool), so posting to it from the
+    // The model outlives the work (its pool is destroyed first), so posting to it from the
     // rendering thread is safe; a stale token keeps a cancelled rendering's progress out.
     PDFExport::Progress progress = [this, token](double fraction) {
-        QMetaObject::invokeMethod(
-            this,
-            [this, token, fraction] {
-                if (m_renderTask && m_renderTask->token == token) {
-                    setRenderProgress(fraction);
-                }
-            },
-            Qt::QueuedConnection);
+        deliverLater([this, token, fraction] {
+            if (m_renderTask && m_renderTask->token == token) {
+                setRenderProgress(fraction);
+            }
+        });
     };
     auto work = [transcript = *m_transcript, options = key.options, strings = exportStrings(),
                  progress = std::move(progress), stop = m_renderTask->stop.get_token()] {
-        return attempt(
-            [&] { return PDFExport::render(transcript, options, strings, progress, stop); });
+        return PDFExport::render(transcript, options, strings, progress, stop);
+    };
+    auto deliver = [this, token, key = std::move(key), done = std::move(done),
+                    failed = std::move(failed)](Outcome<PDFExport::Result> outcome) {
+        if (!m_renderTask || m_renderTask->token != token) {
+            return; // cancelled
+        }
+        m_renderTask.reset();
+        setExporting(false);
+        setRenderProgress(std::nullopt);
+        if (outcome.cancelled) {
+            return;
+        }
+        if (!outcome.value) {
+            failed(outcome.error);
+            return;
+        }
+        m_lastRender = LastRender{key, m_platform.now(), std::move(*outcome.value)};
+        done(m_lastRender->result);
     };
     // Ahead of any queued read: the user is waiting for this one.
-    QtConcurrent::task(std::move(work))
-        .onThreadPool(m_pool)
-        .withPriority(1)
-        .spawn()
-        .then(this, [this, token, key = std::move(key), done = std::move(done),
-                     failed = std::move(failed)](Outcome<PDFExport::Result> outcome) {
-            if (!m_renderTask || m_renderTask->token != token) {
-                return; // cancelled
-            }
-            m_renderTask.reset();
-            setExporting(false);
-            setRenderProgress(std::nullopt);
-            if (outcome.cancelled) {
-                return;
-            }
-            if (!outcome.value) {
-                failed(outcome.error);
-                return;
-            }
-            m_lastRender = LastRender{key, m_platform.now(), std::move(*outcome.value)};
-            done(m_lastRender->result);
-        });
+    runInBackground(std::move(work), std::move(deliver), true);
 }
 
 void AppModel::cancelRender() {

@@ -4,6 +4,7 @@
 #include "Scrivly/ExportForm.h"
 #include "Scrivly/Platform.h"
 #include "Scrivly/RenderKey.h"
+#include "Scrivly/WorkerPool.h"
 #include "ScrivlyKit/conversations/Conversation.h"
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/conversations/Transcript.h"
@@ -15,11 +16,12 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
-#include <QThreadPool>
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -73,7 +75,7 @@ public:
     // Loads the settings and the remembered database choice from store. Both references must
     // outlive the model. Nothing is read until start().
     AppModel(Platform& platform, QSettings& store, QObject* parent = nullptr);
-    // Stops a rendering under way and waits for the worker threads.
+    // Stops a rendering under way and waits for the worker threads, which use the model.
     ~AppModel() override;
 
     // Observable state.
@@ -215,12 +217,22 @@ signals:
     void previewDataChanged();
     void databaseSourceChanged();
 
+private slots:
+    // Runs the oldest delivery that worker threads left in the inbox.
+    void takeDelivery();
+
 private:
     struct RenderTask {
         std::stop_source stop;
         std::uint64_t token = 0;
     };
 
+    // Runs work on a worker thread; what it returns, or what it threw, comes back to deliver on
+    // the model's thread.
+    template <typename Work, typename Deliver>
+    void runInBackground(Work work, Deliver deliver, bool urgent = false);
+    // Any thread: has delivery run on the model's thread.
+    void deliverLater(std::function<void()> delivery);
     MessagesReader readerForSource() const;
     void removeLeftoverSnapshots();
     void checkAccess();
@@ -290,8 +302,14 @@ private:
     std::uint64_t m_namesToken = 0;
     std::uint64_t m_renderToken = 0;
 
-    // Last, so that it is destroyed first: its destructor waits for the tasks.
-    QThreadPool m_pool;
+    // Deliveries from worker threads. Their contents pass through this lock rather than through
+    // Qt's event queue, whose lock lies inside Qt where ThreadSanitizer cannot see it.
+    std::mutex m_inboxMutex;
+    std::deque<std::function<void()>> m_inbox;
+    // Room for a rendering next to a read, so a long PDF never holds up the list. Last, so that
+    // it is destroyed first: it waits for the work under way, which reads the platform and posts
+    // its results to the model.
+    WorkerPool m_workers{4};
 };
 
 } // namespace scrivly
