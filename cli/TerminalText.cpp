@@ -4,6 +4,8 @@
 
 #include <unicode/uchar.h>
 
+#include <algorithm>
+
 namespace scrivly::cli::TerminalText {
 
 namespace {
@@ -47,6 +49,13 @@ std::size_t displayWidth(std::string_view text) {
 }
 
 std::string cleaned(std::string_view text, bool keepLineBreaks) {
+    // Most texts are plain printable ASCII (with line breaks), which stays as it is.
+    const bool plain = std::all_of(text.begin(), text.end(), [&](char c) {
+        return (c >= 0x20 && c < 0x7F) || (c == '\n' && keepLineBreaks);
+    });
+    if (plain) {
+        return std::string(text);
+    }
     std::string result;
     result.reserve(text.size());
     bool afterCarriageReturn = false;

@@ -15,6 +15,8 @@
 int main(int argc, char** argv) {
     using namespace scrivly::cli;
     scrivly::Memory::useReturnableHeap();
+    // Only the C++ streams write to the terminal, so they need not stay in step with C's.
+    std::ios::sync_with_stdio(false);
 
     // A closed pipe (scrivly-cli conversations | head) becomes a write error, not a kill that
     // would skip removing the temporary sample.

@@ -52,6 +52,11 @@ bool containsNumeric(std::string_view text) {
 }
 
 std::string trimmed(std::string_view text) {
+    // Nearly every text starts and ends with a visible ASCII character: nothing to trim.
+    const auto visibleASCII = [](char c) { return c > 0x20 && c < 0x7F; };
+    if (!text.empty() && visibleASCII(text.front()) && visibleASCII(text.back())) {
+        return std::string(text);
+    }
     std::size_t start = 0;
     std::size_t end = 0; // one past the last code point that is not white space
     std::size_t offset = 0;
