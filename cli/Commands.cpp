@@ -143,22 +143,24 @@ void exportConversation(const Invocation& invocation, const Session& session,
     options.timeZone = session.timeZone();
     options.locale = session.locale();
 
-    std::string bytes;
+    std::string text;      // CSV and JSON
+    PDFExport::Result pdf; // written from where it was made: it can be tens of megabytes
+    std::string_view bytes;
     std::string summary;
     switch (invocation.format) {
-    case ExportFormat::pdf: {
-        const auto result =
-            renderPDF(transcript, options, strings, invocation.progress, interrupts);
-        bytes.assign(result.data.begin(), result.data.end());
-        summary = Formatting::integer(result.pageCount, session.locale()) +
-                  (result.pageCount == 1 ? " page" : " pages");
+    case ExportFormat::pdf:
+        pdf = renderPDF(transcript, options, strings, invocation.progress, interrupts);
+        bytes = {reinterpret_cast<const char*>(pdf.data.data()), pdf.data.size()};
+        summary = Formatting::integer(pdf.pageCount, session.locale()) +
+                  (pdf.pageCount == 1 ? " page" : " pages");
         break;
-    }
     case ExportFormat::csv:
-        bytes = CSVExport::render(transcript, options, strings);
+        text = CSVExport::render(transcript, options, strings);
+        bytes = text;
         break;
     case ExportFormat::json:
-        bytes = JsonOutput::transcript(transcript);
+        text = JsonOutput::transcript(transcript);
+        bytes = text;
         break;
     }
     if (summary.empty()) {

@@ -13,6 +13,7 @@ typedef struct _PangoLayoutLine PangoLayoutLine;
 typedef struct _PangoGlyphItem PangoGlyphItem;
 typedef struct _PangoItem PangoItem;
 typedef struct _PangoFont PangoFont;
+typedef struct _PangoLanguage PangoLanguage;
 
 namespace scrivly::pdf {
 

@@ -2,16 +2,21 @@
 
 #include "ScrivlyKit/pdf/PDFDraw.h"
 #include "ScrivlyKit/pdf/PDFLayout.h"
+#include "ScrivlyKit/platform/Memory.h"
 
 namespace scrivly::PDFExport {
 
 Result render(const Transcript& transcript, const ExportOptions& options,
               const ExportStrings& strings, const Progress& progress, std::stop_token stop) {
-    pdf::Layout layout(options, strings, progress, std::move(stop));
-    layout.layOut(transcript);
     Result result;
-    result.data = pdf::drawDocument(layout);
-    result.pageCount = static_cast<int>(layout.pages().size());
+    {
+        pdf::Layout layout(options, strings, progress, std::move(stop));
+        layout.layOut(transcript);
+        result.data = pdf::drawDocument(layout);
+        result.pageCount = static_cast<int>(layout.pages().size());
+    }
+    // The layout of a long conversation leaves hundreds of megabytes of small free blocks.
+    Memory::releaseFreePages();
     return result;
 }
 

@@ -230,20 +230,6 @@ std::string SetText::characters(std::size_t first, std::size_t count) const {
     return result;
 }
 
-TextSetter::TextSetter(const std::string& language, std::size_t keptShapeBytes)
-    : m_keptShapeBytes(keptShapeBytes) {
-    m_fontMap.reset(pango_cairo_font_map_new());
-    if (m_fontMap == nullptr) {
-        throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
-    }
-    m_context = newContext(m_fontMap.get(), language, PANGO_DIRECTION_WEAK_LTR);
-    m_ltrContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_LTR);
-    m_rtlContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_RTL);
-    m_item.reset(pango_item_new());
-}
-
-TextSetter::~TextSetter() = default;
-
 void PangoItemDeleter::operator()(PangoItem* item) const noexcept {
     pango_item_free(item);
 }
@@ -319,41 +305,126 @@ PangoLayoutPtr TextSetter::makeLayout(const Paragraph& paragraph, std::size_t st
     return layout;
 }
 
-// A run of a line in one font and colour: its glyphs are Shaped::glyphs and clusters
-// [firstGlyph, firstGlyph + glyphCount).
+// A run of a line in one font and colour. Its glyphs are kept compactly, Shaped::glyphs
+// [firstGlyph, firstGlyph + glyphCount), or, when one of them does not fit that form, as Pango
+// has them, Shaped::wideGlyphs and wideClusters from firstGlyph. 32 bytes: a long conversation
+// keeps hundreds of thousands of runs.
 struct GlyphRun {
-    PangoFont* font = nullptr; // a reference is held by the setter
-    PangoLanguage* language = nullptr;
     std::uint32_t offset = 0; // bytes of the run in its paragraph's text
     std::uint32_t length = 0;
-    std::uint32_t characters = 0;
     std::uint32_t firstGlyph = 0;
     std::uint32_t glyphCount = 0;
-    int width = 0; // Pango units
+    std::uint16_t font = 0;     // in the setter's table of kept fonts
+    std::uint16_t language = 0; // in the setter's table of languages
     std::uint16_t red = 0;
     std::uint16_t green = 0;
     std::uint16_t blue = 0;
-    bool colored = false;   // when false the run takes the colour of the one before
     std::uint8_t level = 0; // bidirectional embedding level
     std::uint8_t gravity = 0;
-    std::int16_t script = 0;
+    std::uint8_t script = 0;
+    bool colored = false; // when false the run takes the colour of the one before
+    bool wide = false;
+    bool colorGlyphs = false; // Pango marked every glyph as a colour glyph
+};
+
+// The common glyph in 6 bytes instead of Pango's 24: a glyph number below 65536, an advance of
+// less than 32 points, no offsets from its pen position, a cluster starting less than 64 KB into
+// its run, and the cluster-start mark that Pango derives from the clusters.
+struct CompactGlyph {
+    std::uint16_t glyph = 0;
+    std::uint16_t cluster = 0; // byte offset of its characters in the run
+    std::int16_t width = 0;    // advance, Pango units
 };
 
 struct Shaped {
-    std::vector<std::string> texts; // each paragraph's characters
     std::vector<GlyphRun> runs;
-    std::vector<PangoGlyphInfo> glyphs;
-    std::vector<int> clusters; // Pango's log clusters: byte offsets in the run of each glyph
+    std::vector<CompactGlyph> glyphs;
+    std::vector<PangoGlyphInfo> wideGlyphs;
+    std::vector<int> wideClusters; // Pango's log clusters: byte offsets in the run of each glyph
 
     std::size_t bytes() const {
-        std::size_t total =
-            runs.size() * sizeof(GlyphRun) + glyphs.size() * (sizeof(PangoGlyphInfo) + sizeof(int));
-        for (const std::string& text : texts) {
-            total += text.size();
+        return sizeof(Shaped) + runs.size() * sizeof(GlyphRun) +
+               glyphs.size() * sizeof(CompactGlyph) +
+               wideGlyphs.size() * (sizeof(PangoGlyphInfo) + sizeof(int));
+    }
+
+    void clear() {
+        runs.clear();
+        glyphs.clear();
+        wideGlyphs.clear();
+        wideClusters.clear();
+    }
+
+    // Exactly as large as they need to be: kept shapes add up over a long document.
+    std::shared_ptr<const Shaped> copy() const {
+        auto result = std::make_shared<Shaped>();
+        result->runs.assign(runs.begin(), runs.end());
+        result->glyphs.assign(glyphs.begin(), glyphs.end());
+        result->wideGlyphs.assign(wideGlyphs.begin(), wideGlyphs.end());
+        result->wideClusters.assign(wideClusters.begin(), wideClusters.end());
+        return result;
+    }
+
+    void keep(GlyphRun& run, const PangoGlyphString& shaped) {
+        const auto count = static_cast<std::size_t>(shaped.num_glyphs);
+        run.glyphCount = static_cast<std::uint32_t>(count);
+        bool compact = true;
+        std::size_t colorCount = 0;
+        for (std::size_t index = 0; index < count && compact; ++index) {
+            const PangoGlyphInfo& glyph = shaped.glyphs[index];
+            const int cluster = shaped.log_clusters[index];
+            const bool clusterStart = index == 0 || cluster != shaped.log_clusters[index - 1];
+            compact = glyph.glyph <= 0xFFFF && cluster >= 0 && cluster <= 0xFFFF &&
+                      glyph.geometry.width >= std::numeric_limits<std::int16_t>::min() &&
+                      glyph.geometry.width <= std::numeric_limits<std::int16_t>::max() &&
+                      glyph.geometry.x_offset == 0 && glyph.geometry.y_offset == 0 &&
+                      glyph.attr.is_cluster_start == (clusterStart ? 1U : 0U);
+            colorCount += glyph.attr.is_color;
         }
-        return total;
+        compact = compact && (colorCount == 0 || colorCount == count);
+        run.wide = !compact;
+        run.colorGlyphs = colorCount > 0;
+        if (run.wide) {
+            run.firstGlyph = static_cast<std::uint32_t>(wideGlyphs.size());
+            wideGlyphs.insert(wideGlyphs.end(), shaped.glyphs, shaped.glyphs + count);
+            wideClusters.insert(wideClusters.end(), shaped.log_clusters,
+                                shaped.log_clusters + count);
+            return;
+        }
+        run.firstGlyph = static_cast<std::uint32_t>(glyphs.size());
+        for (std::size_t index = 0; index < count; ++index) {
+            const PangoGlyphInfo& glyph = shaped.glyphs[index];
+            glyphs.push_back(CompactGlyph{static_cast<std::uint16_t>(glyph.glyph),
+                                          static_cast<std::uint16_t>(shaped.log_clusters[index]),
+                                          static_cast<std::int16_t>(glyph.geometry.width)});
+        }
     }
 };
+
+// What drawing and setting reuse from one text to the next.
+struct TextSetter::Scratch {
+    Shaped shaped;                      // the text being set, copied out when done
+    std::vector<PangoGlyphInfo> glyphs; // a compact run unpacked for Pango
+    std::vector<int> clusters;
+    std::string paragraph; // the text of a paragraph of several runs, while its lines are drawn
+    std::uint64_t paragraphSerial = 0;
+    std::size_t paragraphIndex = 0;
+};
+
+TextSetter::TextSetter(const std::string& language, std::size_t keptShapeBytes)
+    : m_keptShapeBytes(keptShapeBytes) {
+    m_fontMap.reset(pango_cairo_font_map_new());
+    if (m_fontMap == nullptr) {
+        throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
+    }
+    m_context = newContext(m_fontMap.get(), language, PANGO_DIRECTION_WEAK_LTR);
+    m_ltrContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_LTR);
+    m_rtlContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_RTL);
+    m_item.reset(pango_item_new());
+    m_scratch = std::make_unique<Scratch>();
+}
+
+TextSetter::~TextSetter() = default;
 
 namespace {
 
@@ -455,6 +526,8 @@ const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
             facts.plain.reset(
                 pango_font_map_load_font(m_fontMap.get(), m_context.get(), description.get()));
         }
+        facts.index = m_keptFonts.size();
+        m_keptFonts.push_back(facts.reference.get());
         found = m_shapingFonts.emplace(font, std::move(facts)).first;
     }
     return found->second;
@@ -464,15 +537,12 @@ const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
 // does only because the piece ends there, so it is set again as the start of the next piece;
 // the lines kept are then the very lines of the whole paragraph. The pieces after the first take
 // the first one's direction, which a piece's own first character might not give.
-void TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped) {
+bool TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped) {
     const auto& paragraphs = result.text.paragraphs();
     const Paragraph& paragraph = paragraphs[index];
     const std::size_t length = byteLength(paragraph);
     std::string whole;
     std::unique_ptr<Graphemes> graphemes;
-    if (shaped != nullptr) {
-        shaped->texts.push_back(paragraph.text());
-    }
     Direction direction = Direction::natural;
     std::size_t start = 0;
     std::size_t budget = kPieceBytes;
@@ -538,39 +608,19 @@ void TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped
             if (shaped != nullptr) {
                 box.firstRun = static_cast<std::uint32_t>(shaped->runs.size());
                 for (GSList* node = line->runs; node != nullptr; node = node->next) {
-                    const auto* run = static_cast<const PangoGlyphItem*>(node->data);
-                    const PangoItem& item = *run->item;
-                    GlyphRun kept;
-                    kept.font = fontFacts(item.analysis.font).reference.get();
-                    kept.language = item.analysis.language;
-                    kept.offset =
-                        static_cast<std::uint32_t>(start) + static_cast<std::uint32_t>(item.offset);
-                    kept.length = static_cast<std::uint32_t>(item.length);
-                    kept.characters = static_cast<std::uint32_t>(item.num_chars);
-                    kept.firstGlyph = static_cast<std::uint32_t>(shaped->glyphs.size());
-                    kept.glyphCount = static_cast<std::uint32_t>(run->glyphs->num_glyphs);
-                    kept.width = pango_glyph_string_get_width(run->glyphs);
-                    if (const PangoColor* color = runColor(run)) {
-                        kept.red = color->red;
-                        kept.green = color->green;
-                        kept.blue = color->blue;
-                        kept.colored = true;
+                    if (!keepRun(*static_cast<const PangoGlyphItem*>(node->data), start, *shaped)) {
+                        shaped = nullptr;
+                        break;
                     }
-                    kept.level = item.analysis.level;
-                    kept.gravity = item.analysis.gravity;
-                    kept.script = static_cast<std::int16_t>(item.analysis.script);
-                    shaped->glyphs.insert(shaped->glyphs.end(), run->glyphs->glyphs,
-                                          run->glyphs->glyphs + run->glyphs->num_glyphs);
-                    shaped->clusters.insert(shaped->clusters.end(), run->glyphs->log_clusters,
-                                            run->glyphs->log_clusters + run->glyphs->num_glyphs);
-                    shaped->runs.push_back(kept);
                 }
-                box.runCount = static_cast<std::uint32_t>(shaped->runs.size()) - box.firstRun;
+                if (shaped != nullptr) {
+                    box.runCount = static_cast<std::uint32_t>(shaped->runs.size()) - box.firstRun;
+                }
             }
             result.lines.push_back(box);
         }
         if (next == length) {
-            return;
+            return shaped != nullptr;
         }
         start = next;
         budget = kPieceBytes;
@@ -587,18 +637,52 @@ SetText TextSetter::set(AttributedText text, double width) {
 
 SetText TextSetter::set(AttributedText text, double width, bool keepShapes) {
     SetText result{std::move(text), width, {}, ++m_serial, {}};
-    const std::shared_ptr<Shaped> shaped = keepShapes ? std::make_shared<Shaped>() : nullptr;
-    for (std::size_t index = 0; index < result.text.paragraphs().size(); ++index) {
-        setParagraph(result, index, shaped.get());
-    }
+    Shaped* shaped = keepShapes ? &m_scratch->shaped : nullptr;
     if (shaped != nullptr) {
-        // Exactly as large as they need to be: kept shapes can add up to many megabytes.
-        shaped->glyphs.shrink_to_fit();
-        shaped->clusters.shrink_to_fit();
-        shaped->runs.shrink_to_fit();
-        result.shaped = shaped;
+        shaped->clear();
+    }
+    for (std::size_t index = 0; index < result.text.paragraphs().size(); ++index) {
+        if (!setParagraph(result, index, shaped)) {
+            shaped = nullptr; // a glyph run that cannot be kept: drawing sets the text again
+        }
+    }
+    result.lines.shrink_to_fit();
+    if (shaped != nullptr) {
+        result.shaped = shaped->copy();
     }
     return result;
+}
+
+// Kept runs name fonts and languages by number; the setter holds far fewer than 65,536 of each.
+bool TextSetter::keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped) {
+    const PangoItem& item = *run.item;
+    const std::size_t font = fontFacts(item.analysis.font).index;
+    auto language = std::find(m_languages.begin(), m_languages.end(), item.analysis.language);
+    if (language == m_languages.end()) {
+        language = m_languages.insert(language, item.analysis.language);
+    }
+    const auto languageIndex = static_cast<std::size_t>(language - m_languages.begin());
+    if (font > 0xFFFF || languageIndex > 0xFFFF ||
+        offset + static_cast<std::size_t>(item.offset) > 0xFFFFFFFF) {
+        return false;
+    }
+    GlyphRun kept;
+    kept.offset = static_cast<std::uint32_t>(offset + static_cast<std::size_t>(item.offset));
+    kept.length = static_cast<std::uint32_t>(item.length);
+    kept.font = static_cast<std::uint16_t>(font);
+    kept.language = static_cast<std::uint16_t>(languageIndex);
+    if (const PangoColor* color = runColor(&run)) {
+        kept.red = color->red;
+        kept.green = color->green;
+        kept.blue = color->blue;
+        kept.colored = true;
+    }
+    kept.level = item.analysis.level;
+    kept.gravity = item.analysis.gravity;
+    kept.script = static_cast<std::uint8_t>(item.analysis.script);
+    shaped.keep(kept, *run.glyphs);
+    shaped.runs.push_back(kept);
+    return true;
 }
 
 void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count,
@@ -608,6 +692,10 @@ void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, st
         if (m_again == nullptr || m_again->serial != text.serial) {
             m_again.reset();
             SetText again = set(text.text, text.width, true);
+            if (again.shaped == nullptr) {
+                // Only past 65,536 fonts or languages in one document.
+                throw PDFExport::Failed("The PDF couldn’t be made: a text couldn’t be drawn.");
+            }
             again.serial = text.serial;
             m_again = std::make_unique<SetText>(std::move(again));
         }
@@ -616,38 +704,78 @@ void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, st
     const std::vector<double> tops = text.lineTops(first, count);
     for (std::size_t offset = 0; offset < tops.size(); ++offset) {
         const LineBox& box = shapedText->lines[first + offset];
-        showLine(cairo, *shapedText->shaped, box, x + box.x, y + tops[offset] + box.ascent);
+        showLine(cairo, *shapedText, box, x + box.x, y + tops[offset] + box.ascent);
+    }
+    if (first + count >= text.lines.size()) {
+        text.shaped.reset();
     }
 }
 
-void TextSetter::showLine(cairo_t* cairo, const Shaped& shaped, const LineBox& line, double x,
+// Pango draws a run from the text of its paragraph.
+const char* TextSetter::paragraphText(const SetText& text, std::size_t paragraph) {
+    const Paragraph& whole = text.text.paragraphs()[paragraph];
+    if (whole.runs.size() == 1) {
+        return whole.runs.front().text.c_str();
+    }
+    Scratch& scratch = *m_scratch;
+    if (scratch.paragraphSerial != text.serial || scratch.paragraphIndex != paragraph) {
+        scratch.paragraph.clear();
+        appendRange(scratch.paragraph, whole, 0, byteLength(whole));
+        scratch.paragraphSerial = text.serial;
+        scratch.paragraphIndex = paragraph;
+    }
+    return scratch.paragraph.c_str();
+}
+
+void TextSetter::showLine(cairo_t* cairo, const SetText& text, const LineBox& line, double x,
                           double baseline) {
-    const char* text = shaped.texts[line.paragraph].data();
+    const Shaped& shaped = *text.shaped;
+    const char* characters = paragraphText(text, line.paragraph);
+    Scratch& scratch = *m_scratch;
     double runX = x;
     for (std::uint32_t index = line.firstRun; index < line.firstRun + line.runCount; ++index) {
         const GlyphRun& run = shaped.runs[index];
-        // Pango draws from a glyph item; this one borrows the kept glyphs.
+        // Pango draws from a glyph item; this one borrows the kept glyphs, unpacked if need be.
         PangoGlyphString glyphs{};
         glyphs.num_glyphs = static_cast<gint>(run.glyphCount);
         glyphs.space = glyphs.num_glyphs;
-        glyphs.glyphs = const_cast<PangoGlyphInfo*>(shaped.glyphs.data() + run.firstGlyph);
-        glyphs.log_clusters = const_cast<int*>(shaped.clusters.data() + run.firstGlyph);
+        if (run.wide) {
+            glyphs.glyphs = const_cast<PangoGlyphInfo*>(shaped.wideGlyphs.data() + run.firstGlyph);
+            glyphs.log_clusters = const_cast<int*>(shaped.wideClusters.data() + run.firstGlyph);
+        } else {
+            scratch.glyphs.resize(run.glyphCount);
+            scratch.clusters.resize(run.glyphCount);
+            const CompactGlyph* kept = shaped.glyphs.data() + run.firstGlyph;
+            for (std::uint32_t glyph = 0; glyph < run.glyphCount; ++glyph) {
+                PangoGlyphInfo& info = scratch.glyphs[glyph];
+                info = PangoGlyphInfo{};
+                info.glyph = kept[glyph].glyph;
+                info.geometry.width = kept[glyph].width;
+                info.attr.is_cluster_start =
+                    glyph == 0 || kept[glyph].cluster != kept[glyph - 1].cluster ? 1 : 0;
+                info.attr.is_color = run.colorGlyphs ? 1 : 0;
+                scratch.clusters[glyph] = kept[glyph].cluster;
+            }
+            glyphs.glyphs = scratch.glyphs.data();
+            glyphs.log_clusters = scratch.clusters.data();
+        }
         m_item->offset = static_cast<gint>(run.offset);
         m_item->length = static_cast<gint>(run.length);
-        m_item->num_chars = static_cast<gint>(run.characters);
-        m_item->analysis.font = run.font;
-        m_item->analysis.language = run.language;
+        m_item->num_chars = static_cast<gint>(
+            g_utf8_strlen(characters + run.offset, static_cast<gssize>(run.length)));
+        m_item->analysis.font = m_keptFonts[run.font];
+        m_item->analysis.language = m_languages[run.language];
         m_item->analysis.level = run.level;
         m_item->analysis.gravity = run.gravity;
-        m_item->analysis.script = static_cast<guint8>(run.script);
+        m_item->analysis.script = run.script;
         PangoGlyphItem item{};
         item.item = m_item.get();
         item.glyphs = &glyphs;
         if (run.colored) {
             setColor(cairo, PangoColor{run.red, run.green, run.blue});
         }
-        showRun(cairo, text, &item, runX, baseline);
-        runX += points(run.width);
+        showRun(cairo, characters, &item, runX, baseline);
+        runX += points(pango_glyph_string_get_width(&glyphs));
     }
     m_item->analysis.font = nullptr; // borrowed
 }

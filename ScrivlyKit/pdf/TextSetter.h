@@ -41,8 +41,9 @@ struct SetText {
     std::vector<LineBox> lines;
     std::uint64_t serial = 0; // tells apart the texts of one setter
     // Kept so that drawing does not shape the text again, unless the setter had used up the
-    // memory it keeps for them; then drawing sets the text again.
-    std::shared_ptr<const Shaped> shaped;
+    // memory it keeps for them; then drawing sets the text again. Drawing lets go of them once
+    // it has drawn the last line, so that the memory of a long document falls as pages are done.
+    mutable std::shared_ptr<const Shaped> shaped;
 
     // Height of lines [first, first + count) stacked. Space above the first of them counts only
     // when it is the text's first line: a continuation starts flush at the top of its page.
@@ -65,9 +66,9 @@ struct LineMetrics {
 // and caches fonts. Not thread-safe. Throws PDFExport::Failed when Pango cannot be set up.
 class TextSetter {
 public:
-    // Kept shapes take about 30 bytes a character. Past this much, texts are shaped again for
+    // Kept shapes take about 10 bytes a character. Past this much, texts are shaped again for
     // drawing instead, so that a very long conversation does not hold all of its glyphs at once.
-    static constexpr std::size_t kKeptShapeBytes = std::size_t{64} << 20;
+    static constexpr std::size_t kKeptShapeBytes = std::size_t{160} << 20;
 
     // language: an ICU locale identifier; it guides the choice among fonts for Han characters.
     explicit TextSetter(const std::string& language, std::size_t keptShapeBytes = kKeptShapeBytes);
@@ -98,11 +99,14 @@ private:
         bool color = false; // colour glyphs: emoji
         std::string name;   // Pango's description, for the colour glyph pictures
         std::unique_ptr<PangoFont, GObjectDeleter> plain; // the text font at the same size
+        std::size_t index = 0;                            // in m_keptFonts
     };
 
     SetText set(AttributedText text, double width, bool keepShapes);
-    void showLine(cairo_t* cairo, const Shaped& shaped, const LineBox& line, double x,
+    void showLine(cairo_t* cairo, const SetText& text, const LineBox& line, double x,
                   double baseline);
+    const char* paragraphText(const SetText& text, std::size_t paragraph);
+    bool keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped);
     void showLine(cairo_t* cairo, PangoLayoutLine* line, double x, double baseline);
     void showRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x, double baseline);
     void showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
@@ -113,7 +117,8 @@ private:
     // Pango's layout of the paragraph's bytes [start, end) at a width (unbroken when negative).
     PangoLayoutPtr makeLayout(const Paragraph& paragraph, std::size_t start, std::size_t end,
                               double width, Direction direction = Direction::natural);
-    void setParagraph(SetText& result, std::size_t index, Shaped* shaped);
+    // False when a glyph run could not be kept.
+    bool setParagraph(SetText& result, std::size_t index, Shaped* shaped);
     const FontFacts& fontFacts(PangoFont* font);
     PangoLayoutPtr makeLineLayout(std::string_view text, const TextStyle& style);
     const PangoFontDescription* font(const TextStyle& style);
@@ -128,6 +133,11 @@ private:
     std::map<PangoFont*, FontFacts> m_shapingFonts;
     // Scratch item through which kept glyph runs are drawn.
     std::unique_ptr<PangoItem, PangoItemDeleter> m_item;
+    struct Scratch;
+    std::unique_ptr<Scratch> m_scratch;
+    // What kept glyph runs name their font and language by.
+    std::vector<PangoFont*> m_keptFonts;
+    std::vector<PangoLanguage*> m_languages;
     std::size_t m_keptShapeBytes;
     std::size_t m_keptBytes = 0;
     std::uint64_t m_serial = 0;

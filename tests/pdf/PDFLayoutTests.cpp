@@ -202,16 +202,19 @@ TEST(PDFLayout, MessageLongerThanAPageContinuesBetweenLines) {
 }
 
 // A setter keeps the glyphs it shaped for drawing, up to a limit; past it, drawing sets the text
-// again. Both must draw the very same pixels, in whatever slices pages take of the lines.
+// again, as it does once the kept glyphs were let go after the last line. All must draw the very
+// same pixels, in whatever slices pages take of the lines, whether a glyph was kept compactly
+// (plain letters, emoji) or as Pango had it (a combining accent, moved onto its letter).
 TEST(TextSetter, DrawsTheSameWhetherItKeptTheShapesOrSetsTheTextAgain) {
     using namespace pdf;
     AttributedText first;
     first.append("Ann Lee \U0001F44D\U0001F3FD \u05E9\u05DC\u05D5\u05DD",
                  TextStyle{10, true, false, {0.2, 0.4, 0.6}}, ParagraphStyle{});
+    first.append("   9:41 AM", TextStyle{8.5, false, false, {0.5, 0.5, 0.5}}, ParagraphStyle{});
     first.endParagraph();
     std::string words;
     while (words.size() < 5000) {
-        words += "word \u5B57 e\u0301 \U0001F1E9\U0001F1EA ";
+        words += "word \u5B57 e\u0301 q\u0323\u0301 \U0001F1E9\U0001F1EA ";
     }
     first.append(words, TextStyle{10.5, false, false, {}},
                  ParagraphStyle{Alignment::natural, 0, 1.5, 1.5});
@@ -226,11 +229,11 @@ TEST(TextSetter, DrawsTheSameWhetherItKeptTheShapesOrSetsTheTextAgain) {
         EXPECT_EQ(a.shaped != nullptr, keptShapeBytes > 0);
         EXPECT_GT(a.lines.size(), 20u);
         std::vector<unsigned char> result;
-        // Slices of 9 lines, with the other text drawn between two of them.
-        for (std::size_t line = 0; line < a.lines.size(); line += 9) {
+        // Slices of 9 lines, with the other text drawn between two of them; all of it twice.
+        for (std::size_t line = 0; line < 2 * a.lines.size(); line += 9) {
             cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 260, 160);
             cairo_t* cairo = cairo_create(surface);
-            setter.draw(cairo, a, line, 9, 10, 5);
+            setter.draw(cairo, a, line % a.lines.size(), 9, 10, 5);
             if (line == 9) {
                 setter.draw(cairo, b, 0, 1, 10, 140);
             }
