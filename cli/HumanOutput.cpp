@@ -196,25 +196,49 @@ void HumanOutput::transcript(const Transcript& transcript, const ExportStrings& 
         return;
     }
 
+    // Each entry is put together in one reused buffer and written at once: a long conversation
+    // has hundreds of thousands of them.
+    std::string out;
+    const auto styled = [this, &out](const char* style, std::string_view text) {
+        if (m_styled) {
+            out += style;
+        }
+        out += text;
+        if (m_styled) {
+            out += "\x1b[0m";
+        }
+    };
+    const auto indented = [&out](std::string_view lines) {
+        std::size_t start = 0;
+        while (true) {
+            const std::size_t end = lines.find('\n', start);
+            out += "    ";
+            out += lines.substr(start, end - start);
+            out += '\n';
+            if (end == std::string_view::npos) {
+                return;
+            }
+            start = end + 1;
+        }
+    };
     std::string previousDay;
     for (const auto& entry : transcript.entries) {
-        const std::string day = m_day.format(entry.date);
+        out.clear();
+        std::string day = m_day.format(entry.date);
         if (day != previousDay) {
-            m_out << '\n' << bold("── " + day + " ──") << '\n';
-            previousDay = day;
+            out += '\n';
+            styled("\x1b[1m", "── " + day + " ──");
+            out += '\n';
+            previousDay = std::move(day);
         }
-        m_out << '\n'
-              << bold(clean(entry.sender)) << "   " << dim(m_time.format(entry.date)) << '\n';
+        out += '\n';
+        styled("\x1b[1m", clean(entry.sender));
+        out += "   ";
+        styled("\x1b[2m", m_time.format(entry.date));
+        out += '\n';
 
-        std::vector<std::string> lines;
         if (!entry.text.empty()) {
-            std::string text = TerminalText::cleaned(entry.text, true);
-            std::size_t start = 0;
-            for (std::size_t end; (end = text.find('\n', start)) != std::string::npos;
-                 start = end + 1) {
-                lines.push_back(text.substr(start, end - start));
-            }
-            lines.push_back(text.substr(start));
+            indented(TerminalText::cleaned(entry.text, true));
         }
         for (const auto& attachment : entry.attachments) {
             std::error_code error;
@@ -222,19 +246,19 @@ void HumanOutput::transcript(const Transcript& transcript, const ExportStrings& 
                 attachment.path ? std::filesystem::file_size(*attachment.path, error) : 0;
             const bool present = attachment.path && !error &&
                                  std::filesystem::is_regular_file(*attachment.path, error);
-            lines.push_back(clean(
+            indented(clean(
                 present ? strings.attachmentLine(
                               attachment.name,
                               Formatting::byteCount(static_cast<std::int64_t>(size), m_locale))
                         : strings.attachmentMissing(attachment.name)));
         }
         if (!entry.reactions.empty()) {
-            lines.push_back(
-                dim(strings.reactions + ": " + clean(reactionSummary(entry.reactions, strings))));
+            out += "    ";
+            styled("\x1b[2m",
+                   strings.reactions + ": " + clean(reactionSummary(entry.reactions, strings)));
+            out += '\n';
         }
-        for (const auto& line : lines) {
-            m_out << "    " << line << '\n';
-        }
+        m_out.write(out.data(), static_cast<std::streamsize>(out.size()));
     }
 }
 

@@ -49,33 +49,46 @@ std::size_t displayWidth(std::string_view text) {
 }
 
 std::string cleaned(std::string_view text, bool keepLineBreaks) {
-    // Most texts are plain printable ASCII (with line breaks), which stays as it is.
-    const bool plain = std::all_of(text.begin(), text.end(), [&](char c) {
+    // Most texts are plain printable ASCII (with line breaks), which stays as it is; in the others
+    // such runs are copied whole and only the rest is looked at character by character.
+    const auto plain = [keepLineBreaks](char c) {
         return (c >= 0x20 && c < 0x7F) || (c == '\n' && keepLineBreaks);
-    });
-    if (plain) {
+    };
+    if (std::all_of(text.begin(), text.end(), plain)) {
         return std::string(text);
     }
+    constexpr std::string_view replacement = "\xEF\xBF\xBD";
     std::string result;
     result.reserve(text.size());
-    bool afterCarriageReturn = false;
-    Unicode::forEachCodePoint(text, [&](char32_t codePoint) {
-        const bool lineBreak = codePoint == U'\n' || codePoint == U'\r' || codePoint == 0x2028 ||
-                               codePoint == 0x2029 || codePoint == 0x85;
-        if (lineBreak) {
+    std::size_t offset = 0;
+    while (offset < text.size()) {
+        std::size_t end = offset;
+        while (end < text.size() && plain(text[end])) {
+            ++end;
+        }
+        if (end > offset) {
+            result.append(text, offset, end - offset);
+            offset = end;
+            continue;
+        }
+        const std::size_t start = offset;
+        const char32_t codePoint = Unicode::nextCodePoint(text, offset);
+        if (codePoint == U'\n' || codePoint == U'\r' || codePoint == 0x2028 ||
+            codePoint == 0x2029 || codePoint == 0x85) {
             // CR LF is one break.
-            if (!(codePoint == U'\n' && afterCarriageReturn)) {
-                result += keepLineBreaks ? "\n" : " ⏎ ";
+            if (codePoint == U'\r' && offset < text.size() && text[offset] == '\n') {
+                ++offset;
             }
+            result += keepLineBreaks ? "\n" : " ⏎ ";
         } else if (codePoint == U'\t') {
             result += ' ';
-        } else if (isControl(codePoint)) {
-            Unicode::appendUTF8(result, 0xFFFD);
+        } else if (isControl(codePoint) ||
+                   (codePoint == 0xFFFD && text.substr(start, offset - start) != replacement)) {
+            result += replacement; // a control character, or bytes that are not UTF-8
         } else {
-            Unicode::appendUTF8(result, codePoint);
+            result.append(text, start, offset - start);
         }
-        afterCarriageReturn = codePoint == U'\r';
-    });
+    }
     return result;
 }
 
