@@ -96,11 +96,8 @@ TEST(ContactSourcesLoad, AnUnreadablePathIsAnErrorNamingIt) {
     scrivly::testing::TempDir folder;
     const auto good = writeFile(folder.file("good.vcf"), vcard("g", "Gee", {"TEL:555-010-3434"}));
     const auto missing = folder.file("missing.vcf");
-    try {
-        ContactSources::load({good, missing}, folder.file("scratch"));
-        ADD_FAILURE() << "no error";
-    } catch (const ContactsError& error) {
-        EXPECT_EQ(std::string(error.what()), "The contacts file couldn’t be read: " + missing +
-                                                 " (No such file or directory)");
-    }
+    const auto load = [&] { ContactSources::load({good, missing}, folder.file("scratch")); };
+    EXPECT_THAT(load,
+                ::testing::ThrowsMessage<ContactsError>("The contacts file couldn’t be read: " +
+                                                        missing + " (No such file or directory)"));
 }

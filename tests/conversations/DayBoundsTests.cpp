@@ -40,33 +40,24 @@ Day nextDay(Day day) {
 } // namespace
 
 TEST(DayBounds, ParsesOnlyRealDaysInTheStrictForm) {
-    const std::vector<std::pair<std::string, std::optional<Day>>> cases = {
+    const std::vector<std::pair<std::string, Day>> days = {
         {"2024-03-10", Day{2024, 3, 10}},
         {"2024-02-29", Day{2024, 2, 29}},
         {"2000-02-29", Day{2000, 2, 29}},
         {"0001-01-01", Day{1, 1, 1}},
         {"9999-12-31", Day{9999, 12, 31}},
         {"1582-10-10", Day{1582, 10, 10}}, // Gregorian throughout
-        {"2023-02-29", std::nullopt},
-        {"1900-02-29", std::nullopt},
-        {"2024-04-31", std::nullopt},
-        {"2024-13-01", std::nullopt},
-        {"2024-00-10", std::nullopt},
-        {"2024-01-00", std::nullopt},
-        {"0000-01-01", std::nullopt},
-        {"2024-4-01", std::nullopt},
-        {"2024-04-1", std::nullopt},
-        {" 2024-04-01", std::nullopt},
-        {"2024-04-01 ", std::nullopt},
-        {"2024/04/01", std::nullopt},
-        {"+024-04-01", std::nullopt},
-        {"2024-0a-01", std::nullopt},
-        {"20240401", std::nullopt},
-        {"", std::nullopt},
     };
-    for (const auto& [text, day] : cases) {
+    for (const auto& [text, day] : days) {
         SCOPED_TRACE(text);
         EXPECT_EQ(DayBounds::parseDay(text), day);
+    }
+    for (const auto* text :
+         {"2023-02-29", "1900-02-29", "2024-04-31", "2024-13-01", "2024-00-10", "2024-01-00",
+          "0000-01-01", "2024-4-01", "2024-04-1", " 2024-04-01", "2024-04-01 ", "2024/04/01",
+          "+024-04-01", "2024-0a-01", "20240401", ""}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(DayBounds::parseDay(text), std::nullopt);
     }
 }
 

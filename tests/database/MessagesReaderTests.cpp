@@ -3,6 +3,7 @@
 #include "ScrivlyKit/database/MessagesReader.h"
 #include "ScrivlyKit/database/Snapshot.h"
 #include "tests/database/TestDatabase.h"
+#include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <sstream>
 
 namespace scrivly {
 namespace {
@@ -24,10 +24,8 @@ using Value = SQLiteConnection::Value;
 std::map<std::string, std::string> files(const std::string& path) {
     std::map<std::string, std::string> found;
     for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-        if (std::ifstream in{path + suffix, std::ios::binary}) {
-            std::ostringstream bytes;
-            bytes << in.rdbuf();
-            found[suffix] = bytes.str();
+        if (fs::exists(path + suffix)) {
+            found[suffix] = testing::readFile(path + suffix);
         }
     }
     return found;
@@ -115,12 +113,8 @@ TEST_F(MessagesReaderTest, FailedReadsLeaveNothingBehind) {
         const auto before = files(source);
         for (const auto& read : {std::function<void()>([&] { reader.check(); }),
                                  std::function<void()>([&] { reader.chats(); })}) {
-            try {
-                read();
-                ADD_FAILURE() << "read succeeded";
-            } catch (const std::exception& error) {
-                EXPECT_TRUE(std::string(error.what()).starts_with(expected)) << error.what();
-            }
+            const auto error = testing::errorText(read);
+            EXPECT_TRUE(error.starts_with(expected)) << error;
             EXPECT_TRUE(fs::is_empty(scratch));
             EXPECT_EQ(files(source), before);
         }
@@ -136,11 +130,7 @@ TEST_F(MessagesReaderTest, SnapshotIsPrivateAndSelfContained) {
 
     const auto database = snapshot(source, into, "/home/x");
     EXPECT_EQ(permissions(into), fs::perms::owner_all);
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(into)) {
-        names.push_back(entry.path().filename().string());
-    }
-    EXPECT_EQ(names, std::vector<std::string>{"chat.db"});
+    EXPECT_EQ(testing::folderEntries(into), std::vector<std::string>{"chat.db"});
     EXPECT_EQ(permissions(into + "/chat.db"), fs::perms::owner_read | fs::perms::owner_write);
 }
 

@@ -121,12 +121,18 @@ TEST_F(SampleHistory, GroupsIntoFiveConversationsNewestFirst) {
                 UnorderedElementsAre("Maya Okafor", "Theo Lindqvist", "Priya Raman"));
 }
 
-TEST_F(SampleHistory, ShowsArchivedTextsAndReactions) {
+TEST_F(SampleHistory, StoresAsACurrentVersionAndShowsArchivedTextsAndReactions) {
     EXPECT_GE(std::stoi(rows(info.database,
                              "SELECT COUNT(*) FROM message WHERE text IS NULL AND attributedBody "
                              "IS NOT NULL",
                              1)[0][0]),
               2);
+    // Dates are in nanoseconds, as a current Messages version stores them.
+    const auto dates = rows(info.database, "SELECT date FROM message", 1);
+    ASSERT_FALSE(dates.empty());
+    for (const auto& date : dates) {
+        EXPECT_GT(std::stoll(date[0]), AppleTime::kSecondsLimit) << "nanoseconds";
+    }
     const Transcript garden = transcript("Garden Club");
     EXPECT_EQ(garden.entries.size(), 8U);
     EXPECT_EQ(entry(garden, "Compost tea").text, "Compost tea, twice a week. Works wonders.");
@@ -173,14 +179,6 @@ TEST_F(SampleHistory, StoresPicturesUnderHomeAndLeavesThePDFMissing) {
     EXPECT_EQ(pdf.totalBytes, SampleDatabase::Writer::kMissingFileBytes);
     ASSERT_TRUE(pdf.path.has_value());
     EXPECT_FALSE(fs::exists(*pdf.path));
-}
-
-TEST_F(SampleHistory, StoresDatesAsACurrentMessagesVersionDoes) {
-    const auto dates = rows(info.database, "SELECT date FROM message", 1);
-    ASSERT_FALSE(dates.empty());
-    for (const auto& date : dates) {
-        EXPECT_GT(std::stoll(date[0]), AppleTime::kSecondsLimit) << "nanoseconds";
-    }
 }
 
 TEST(SampleDatabase, WritingTwiceReplacesTheFolderWithTheSameHistory) {

@@ -29,6 +29,11 @@ std::size_t textOffset(const Bytes& archive, std::string_view text) {
     return marker + 3 + lengthBytes;
 }
 
+Bytes slice(const Bytes& bytes, std::size_t start, std::size_t size) {
+    const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(start);
+    return Bytes(first, first + static_cast<std::ptrdiff_t>(size));
+}
+
 // A hand-made archive: signature, "NSString", padding bytes, a marker, a one-byte length, text.
 Bytes handMade(std::size_t padding, std::string_view marker, std::string_view text) {
     Bytes out{0x04, 0x0B};
@@ -44,15 +49,21 @@ Bytes handMade(std::size_t padding, std::string_view marker, std::string_view te
 
 } // namespace
 
-TEST(TypedStream, RoundTripsTextsOfEveryKind) {
-    const std::vector<std::string> texts = {
-        "Hi \xF0\x9F\x98\x80 there \xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD", // emoji with a skin tone
-        "Caf\xC3\xA9 \xE2\x80\x94 \xEF\xBF\xBC attached",             // é, em dash, U+FFFC
-        std::string("nul\0inside", 10),
+TEST(TypedStream, RoundTripsValidTextAndRejectsInvalidUTF8) {
+    const std::vector<std::pair<std::string, bool>> cases = {
+        {"Hi \xF0\x9F\x98\x80 there \xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD", true}, // skin tone
+        {"Caf\xC3\xA9 \xE2\x80\x94 \xEF\xBF\xBC attached", true},             // é, em dash, U+FFFC
+        {std::string("nul\0inside", 10), true},
+        {"ab\xFF", false},           // stray 0xFF
+        {"\x80z", false},            // lone continuation byte
+        {"\xF0\x9F\x98", false},     // cut-off emoji
+        {"\xC0\xAF", false},         // overlong slash
+        {"\xED\xA0\x80", false},     // UTF-8 encoded surrogate
+        {"\xF4\x90\x80\x80", false}, // beyond U+10FFFF
     };
-    for (const auto& text : texts) {
+    for (const auto& [text, valid] : cases) {
         SCOPED_TRACE(text);
-        EXPECT_EQ(read(TypedStream::archive(text)), text);
+        EXPECT_EQ(read(TypedStream::archive(text)), valid ? std::optional(text) : std::nullopt);
     }
 }
 
@@ -98,16 +109,10 @@ TEST(TypedStream, EncodesLengthsInOneTwoOrFourBytesAndReadsThemBack) {
         const std::string text(testCase.length, 'x');
         const auto archive = TypedStream::archive(text);
         const auto start = textOffset(archive, text) - testCase.field.size();
-        EXPECT_EQ(
-            Bytes(archive.begin() + static_cast<std::ptrdiff_t>(start),
-                  archive.begin() + static_cast<std::ptrdiff_t>(start + testCase.field.size())),
-            testCase.field);
+        EXPECT_EQ(slice(archive, start, testCase.field.size()), testCase.field);
         // The UTF-16 length uses the same encoding and follows the 0x69 0x49 0x01 bytes.
         const auto utf16Start = textOffset(archive, text) + text.size() + 6;
-        EXPECT_EQ(Bytes(archive.begin() + static_cast<std::ptrdiff_t>(utf16Start),
-                        archive.begin() +
-                            static_cast<std::ptrdiff_t>(utf16Start + testCase.field.size())),
-                  testCase.field);
+        EXPECT_EQ(slice(archive, utf16Start, testCase.field.size()), testCase.field);
         EXPECT_EQ(read(archive), text);
     }
 }
@@ -156,6 +161,7 @@ TEST(TypedStream, FindsTheTextOnlyWhereAnArchiveHoldsIt) {
     }
 }
 
+// Fields cut short by the end of the bytes are covered by the truncation test below.
 TEST(TypedStream, RejectsBadLengthFields) {
     struct Case {
         const char* name;
@@ -164,15 +170,12 @@ TEST(TypedStream, RejectsBadLengthFields) {
     };
     const std::vector<Case> cases = {
         {"length byte 0x90 is negative", {0x90}, std::string(20, 'a')},
-        {"length byte 0xFF is negative", {0xFF}, std::string(20, 'a')},
         {"length byte 0x83 is negative", {0x83}, std::string(20, 'a')},
         {"16-bit length with the top bit set", {0x81, 0x00, 0x80}, std::string(20, 'a')},
         {"32-bit length with the top bit set", {0x82, 0x05, 0x00, 0x00, 0x80}, "abcde"},
         {"16-bit length past the end", {0x81, 0x15, 0x00}, std::string(20, 'a')},
         {"32-bit length past the end", {0x82, 0x15, 0x00, 0x00, 0x00}, std::string(20, 'a')},
-        {"16-bit field cut short", {0x81, 0x01}, ""},
         {"32-bit field cut short", {0x82, 0x01, 0x00, 0x00}, ""},
-        {"no length field", {}, ""},
     };
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.name);
@@ -193,8 +196,7 @@ TEST(TypedStream, EveryTruncationBeforeTheTextEndGivesNothing) {
         const auto textEnd = textOffset(archive, text) + text.size();
         for (std::size_t size = 0; size <= archive.size(); ++size) {
             SCOPED_TRACE(size);
-            const Bytes prefix(archive.begin(),
-                               archive.begin() + static_cast<std::ptrdiff_t>(size));
+            const auto prefix = slice(archive, 0, size);
             if (size < textEnd) {
                 EXPECT_EQ(read(prefix), std::nullopt);
             } else {
@@ -216,19 +218,4 @@ TEST(TypedStream, ChangedLengthsReadOnlyValidText) {
     auto shorter = archive; // a shorter length still reads a valid prefix
     --shorter[lengthAt];
     EXPECT_EQ(read(shorter), text.substr(0, text.size() - 1));
-}
-
-TEST(TypedStream, InvalidUTF8GivesNothing) {
-    const std::vector<std::pair<const char*, std::string>> cases = {
-        {"stray 0xFF", "ab\xFF"},
-        {"lone continuation byte", "\x80z"},
-        {"cut-off emoji", "\xF0\x9F\x98"},
-        {"overlong slash", "\xC0\xAF"},
-        {"UTF-8 encoded surrogate", "\xED\xA0\x80"},
-        {"beyond U+10FFFF", "\xF4\x90\x80\x80"},
-    };
-    for (const auto& [name, text] : cases) {
-        SCOPED_TRACE(name);
-        EXPECT_EQ(read(TypedStream::archive(text)), std::nullopt);
-    }
 }
