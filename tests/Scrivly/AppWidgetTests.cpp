@@ -38,7 +38,6 @@
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QToolButton>
-#include <QTranslator>
 
 #include <memory>
 
@@ -59,16 +58,6 @@ QPushButton* buttonNamed(QWidget* parent, const QString& text) {
     return nullptr;
 }
 
-// Whether a visible label of the widget shows exactly this text.
-bool showsText(QWidget* parent, const QString& text) {
-    for (QLabel* label : parent->findChildren<QLabel*>()) {
-        if (label->text() == text && label->isVisibleTo(parent)) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // The visible labels' texts, rich text read as the plain text it shows.
 QStringList shownTexts(QWidget* parent) {
     QStringList texts;
@@ -84,6 +73,10 @@ QStringList shownTexts(QWidget* parent) {
                          : label->text());
     }
     return texts;
+}
+
+bool showsText(QWidget* parent, const QString& text) {
+    return shownTexts(parent).contains(text);
 }
 
 QStringList buttonTexts(QWidget* parent) {
@@ -131,9 +124,7 @@ private slots:
         QVERIFY(!window().sheetDialog());
         QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<WelcomeView*>(window().sheetDialog()), 5000);
         QVERIFY(window().sheetDialog()->isVisible());
-        QPushButton* start = buttonNamed(window().sheetDialog(), QStringLiteral("Get Started"));
-        QVERIFY(start);
-        start->click();
+        buttonNamed(window().sheetDialog(), QStringLiteral("Get Started"))->click();
         QVERIFY(model().settings().onboardingDone);
         QVERIFY(!model().sheet());
         QTRY_VERIFY(!window().sheetDialog());
@@ -142,21 +133,33 @@ private slots:
     void sampleHistoryOpensToTheMainScreen() {
         QTRY_COMPARE_WITH_TIMEOUT(model().phase(), AppModel::Phase::ready, kWait);
         QCOMPARE(window().currentScreen(), window().mainView());
-        QVERIFY(mainView().list()->model()->rowCount() > 0);
+        QVERIFY(!model().conversations().empty());
         QCOMPARE(static_cast<std::size_t>(mainView().list()->model()->rowCount()),
                  model().conversations().size());
         QVERIFY(showsText(mainView().transcript(), QStringLiteral("Choose a Conversation")));
     }
 
-    void searchThatMatchesNothingShowsAnEmptyList() {
+    void searchAndKeyboardReachTheList() {
         QLineEdit* search = mainView().searchField();
         QTest::keyClicks(search, QStringLiteral("zzqx no such person"));
-        QCOMPARE(model().search(), QStringLiteral("zzqx no such person"));
         QCOMPARE(mainView().list()->model()->rowCount(), 0);
         QVERIFY(mainView().list()->isVisibleTo(&window()));
         QVERIFY(!showsText(&mainView(), QStringLiteral("No Conversations")));
         search->clear();
         QVERIFY(mainView().list()->model()->rowCount() > 0);
+
+        // The keyboard reaches the list, then the transcript.
+        model().select(std::nullopt);
+        search->setFocus();
+        QTest::keyClick(search, Qt::Key_Down);
+        // The window's focus widget: offscreen windows are not always made active.
+        QCOMPARE(window().focusWidget(), mainView().list());
+        QCOMPARE(model().selection(), std::optional(model().conversations().front().id));
+        QTRY_VERIFY_WITH_TIMEOUT(model().transcript() && !model().loadingMessages(), kWait);
+        QTest::keyClick(mainView().list(), Qt::Key_Return);
+        QListView* transcript = mainView().transcript()->list();
+        QCOMPARE(window().focusWidget(), transcript);
+        QVERIFY(transcript->currentIndex().isValid());
     }
 
     void exportCommandsNeedASelection() {
@@ -174,21 +177,6 @@ private slots:
         model().select(model().conversations().front().id);
         QVERIFY(window().exportAction()->isEnabled());
         QVERIFY(mainView().exportButton()->isEnabled());
-    }
-
-    void keyboardReachesListAndTranscript() {
-        model().select(std::nullopt);
-        QLineEdit* search = mainView().searchField();
-        search->setFocus();
-        QTest::keyClick(search, Qt::Key_Down);
-        // The window's focus widget: offscreen windows are not always made active.
-        QCOMPARE(window().focusWidget(), mainView().list());
-        QCOMPARE(model().selection(), std::optional(model().conversations().front().id));
-        QTRY_VERIFY_WITH_TIMEOUT(model().transcript() && !model().loadingMessages(), kWait);
-        QTest::keyClick(mainView().list(), Qt::Key_Return);
-        QListView* transcript = mainView().transcript()->list();
-        QCOMPARE(window().focusWidget(), transcript);
-        QVERIFY(transcript->currentIndex().isValid());
     }
 
     void transcriptShowsDaysPhotosAndReactions() {
@@ -234,16 +222,12 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<ExportSheet*>(window().sheetDialog()), 5000);
         auto* sheet = qobject_cast<ExportSheet*>(window().sheetDialog());
         QPushButton* preview = buttonNamed(sheet, QStringLiteral("Preview"));
-        QVERIFY(preview);
         // No events run between the two clicks, so the rendering cannot finish first.
         preview->click();
         QVERIFY(model().exporting());
         QVERIFY(sheet->progressRow()->isVisibleTo(sheet));
         QVERIFY(!sheet->exportPDFButton()->isEnabled());
         sheet->cancelButton()->click();
-
-        QVERIFY(!model().exporting());
-        QCOMPARE(model().sheet(), AppModel::Sheet::exportPanel);
         QTest::qWait(300);
         QCOMPARE(window().sheetDialog(), sheet);
         QVERIFY(sheet->isVisible());
@@ -323,7 +307,7 @@ private slots:
     }
 
     // The phase screens of a history other than the sample's, each in a window of its own.
-    void accessScreenExplainsTheThreeSteps() {
+    void phaseScreensLeadToTheMainScreen() {
         Harness harness;
         harness.platform.accessAnswer = DatabaseAccess::denied;
         MainWindow other(harness.model(), m_app->updater());
@@ -338,12 +322,9 @@ private slots:
         QVERIFY(buttonTexts(access).contains(QStringLiteral("Show Scrivly in Finder")));
         // No check button: coming back to the application checks again.
         QVERIFY(!buttonTexts(access).contains(QStringLiteral("Check Again")));
-    }
 
-    void noHistoryScreenOffersADatabaseOrTheSample() {
-        Harness harness;
-        MainWindow other(harness.model(), m_app->updater());
-        harness.model().start();
+        harness.platform.accessAnswer.reset();
+        harness.model().applicationBecameActive();
         QCOMPARE(harness.model().phase(), AppModel::Phase::noHistory);
         QWidget* screen = other.currentScreen();
         QVERIFY(qobject_cast<StatusView*>(screen));
@@ -362,21 +343,16 @@ private slots:
         writeHistory(harness.standardDatabase(), {{"+15550001111", {{"Hi", Date::now()}}}});
         buttonNamed(screen, QStringLiteral("Check Again"))->click();
         QTRY_VERIFY_WITH_TIMEOUT(other.currentScreen() == other.mainView(), kWait);
-    }
 
-    void failureScreenShowsTheMessageAndTriesAgain() {
-        Harness harness;
         const QString file = harness.path(QStringLiteral("broken.db"));
         {
             QFile broken(file);
             QVERIFY(broken.open(QIODevice::WriteOnly));
             broken.write(QByteArray(4096, 'x'));
         }
-        MainWindow other(harness.model(), m_app->updater());
         harness.model().openDatabaseFile(file);
         QTRY_COMPARE_WITH_TIMEOUT(harness.model().phase(), AppModel::Phase::failed, kWait);
-        QWidget* screen = other.currentScreen();
-        QVERIFY(!harness.model().failureMessage().isEmpty());
+        screen = other.currentScreen();
         QVERIFY(showsText(screen, QStringLiteral("Messages couldn’t be read")));
         QVERIFY(showsText(screen, harness.model().failureMessage()));
         QCOMPARE(buttonTexts(screen), QStringList{QStringLiteral("Try Again")});
@@ -400,15 +376,13 @@ private slots:
         QMessageBox* alert = other.alert();
         QCOMPARE(alert->text(), QStringLiteral("Something went wrong"));
         QCOMPARE(alert->informativeText(), *harness.model().problem());
-        QVERIFY(
-            alert->informativeText().startsWith(QStringLiteral("The export couldn’t be saved: ")));
         QCOMPARE(alert->buttons().size(), 1);
         alert->buttons().at(0)->click();
         QVERIFY(!harness.model().problem());
         QTRY_VERIFY(!other.alert());
     }
 
-    void settingsWindowOffersItsCommands() {
+    void settingsHelpAndAboutWindows() {
         window().showSettings();
         SettingsView* settings = window().settingsWindow();
         QVERIFY(settings && settings->isVisible());
@@ -425,9 +399,7 @@ private slots:
         model().finishOnboarding();
         QTRY_VERIFY(!window().sheetDialog());
         settings->close();
-    }
 
-    void helpWindowShowsTheChosenTopic() {
         window().showHelp();
         HelpView* help = window().helpWindow();
         QVERIFY(help && help->isVisible());
@@ -443,9 +415,7 @@ private slots:
                                 "every message.")
                      .arg(QLatin1String(AppConfig::kSupportAddress)));
         help->close();
-    }
 
-    void aboutPanelNamesTheApplication() {
         window().showAbout();
         auto* about = window().findChild<AboutPanel*>();
         QVERIFY(about && about->isVisible());

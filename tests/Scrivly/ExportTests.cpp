@@ -117,8 +117,6 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::newRow("form title") << "A/B:C"
                                     << "Book Club" << true << "A-B-C – Messages.pdf";
-        QTest::newRow("conversation") << ""
-                                      << "Book Club" << true << "Book Club – Messages.pdf";
         QTest::newRow("blank form title") << " "
                                           << "Book Club" << false << "Book Club – Messages.csv";
         QTest::newRow("conversation tidied") << ""
@@ -147,7 +145,7 @@ private slots:
         }
     }
 
-    void failedSaveKeepsTheRenderedPDF() {
+    void failedSaveKeepsThePDFAndExportsGoWhereChosen() {
         Harness harness;
         prepare(harness);
         QVERIFY(harness.open(kAnn));
@@ -171,18 +169,13 @@ private slots:
         QCOMPARE(model.lastExport(), std::optional(path));
         model.showInFinder();
         QCOMPARE(harness.platform.revealedFiles, QStringList{path});
-    }
 
-    void csvIsWrittenWhereChosen() {
-        Harness harness;
-        prepare(harness);
-        QVERIFY(harness.open(kAnn));
-        const QString path = harness.path("out.csv");
-        harness.platform.destination = path;
-        harness.model().exportCSV();
-        const QByteArray csv = fileContents(path);
+        const QString csvPath = harness.path("out.csv");
+        harness.platform.destination = csvPath;
+        model.exportCSV();
+        const QByteArray csv = fileContents(csvPath);
         QVERIFY(csv.startsWith("\xEF\xBB\xBF") && csv.contains("Keep the receipts 👍"));
-        QCOMPARE(harness.model().lastExport(), std::optional(path));
+        QCOMPARE(model.lastExport(), std::optional(csvPath));
     }
 
     void exportTextsFillInTheirArguments() {

@@ -27,21 +27,7 @@ class TranscriptTests : public QObject {
 
 private slots:
     // 10 March 2024 is the day New York moves its clocks forward: 23 hours long.
-    void datesAreWholeDaysInTheZone_data() {
-        QTest::addColumn<bool>("useFrom");
-        QTest::addColumn<bool>("useTo");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("no bounds")
-            << false << false << QStringList{"day before", "first day", "last day", "after"};
-        QTest::newRow("from") << true << false << QStringList{"first day", "last day", "after"};
-        QTest::newRow("to") << false << true << QStringList{"day before", "first day", "last day"};
-        QTest::newRow("both") << true << true << QStringList{"first day", "last day"};
-    }
-
     void datesAreWholeDaysInTheZone() {
-        QFETCH(bool, useFrom);
-        QFETCH(bool, useTo);
-        QFETCH(QStringList, expected);
         Harness harness;
         writeHistory(harness.standardDatabase(),
                      {{"+15550001111",
@@ -56,28 +42,28 @@ private slots:
         // Any moment of the chosen days will do.
         model.setFrom(localDate(2024, 3, 9, 15, 20, 0));
         model.setToDay({2024, 3, 10});
-        model.setUseFrom(useFrom);
-        model.setUseTo(useTo);
-        QCOMPARE(entryTexts(model), expected);
-        QCOMPARE(model.transcript()->to, model.bounds().to);
         QCOMPARE(model.fromDay(), (DayBounds::Day{2024, 3, 9}));
-        QCOMPARE(model.renderKey().from, model.bounds().from);
-    }
-
-    void myNameLabelsMyMessages_data() {
-        QTest::addColumn<QString>("myName");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("empty") << ""
-                               << "Me";
-        QTest::newRow("blank") << " \t\n "
-                               << "Me";
-        QTest::newRow("padded") << "  Ann Lee \n"
-                                << "Ann Lee";
+        struct Case {
+            bool useFrom;
+            bool useTo;
+            QStringList expected;
+        };
+        const Case cases[] = {
+            {false, false, {"day before", "first day", "last day", "after"}},
+            {true, false, {"first day", "last day", "after"}},
+            {false, true, {"day before", "first day", "last day"}},
+            {true, true, {"first day", "last day"}},
+        };
+        for (const Case& c : cases) {
+            model.setUseFrom(c.useFrom);
+            model.setUseTo(c.useTo);
+            QCOMPARE(entryTexts(model), c.expected);
+            QCOMPARE(model.transcript()->to, model.bounds().to);
+            QCOMPARE(model.renderKey().from, model.bounds().from);
+        }
     }
 
     void myNameLabelsMyMessages() {
-        QFETCH(QString, myName);
-        QFETCH(QString, shown);
         Harness harness;
         writeHistory(harness.standardDatabase(),
                      {{"+15550001111", {{"Still on for Saturday?", kNoon}, {"Yes", kNoon, true}}}});
@@ -85,13 +71,17 @@ private slots:
         model.start();
         QVERIFY(harness.open("+1 (555) 000-1111"));
 
-        AppSettings settings = model.settings();
-        settings.myName = myName;
-        model.setSettings(settings); // the open transcript follows at once
-        const auto& entries = model.transcript()->entries;
-        QCOMPARE(entries.at(0).sender, std::string("+1 (555) 000-1111"));
-        QCOMPARE(QString::fromStdString(entries.at(1).sender), shown);
-        QCOMPARE(QString::fromStdString(model.exportStrings().me), shown);
+        // Blank last, so that it has a name to replace.
+        for (const auto& [myName, shown] :
+             {std::pair{"  Ann Lee \n", "Ann Lee"}, std::pair{" \t\n ", "Me"}}) {
+            AppSettings settings = model.settings();
+            settings.myName = QString::fromUtf8(myName);
+            model.setSettings(settings); // the open transcript follows at once
+            const auto& entries = model.transcript()->entries;
+            QCOMPARE(entries.at(0).sender, std::string("+1 (555) 000-1111"));
+            QCOMPARE(entries.at(1).sender, std::string(shown));
+            QCOMPARE(model.exportStrings().me, std::string(shown));
+        }
     }
 
     void selectionSurvivesAReloadOnlyWhileItsConversationExists() {
