@@ -57,12 +57,11 @@ std::string messageText(const Row& row, int textColumn, int bodyColumn) {
          found = text.find(kObjectReplacement, found)) {
         text.erase(found, kObjectReplacement.size());
     }
-    // Most texts start and end with a visible ASCII character: nothing to trim, nothing to copy.
-    const auto visibleASCII = [](char c) { return c > 0x20 && c < 0x7F; };
-    if (!text.empty() && visibleASCII(text.front()) && visibleASCII(text.back())) {
-        return text;
+    // Nearly always there is nothing to trim, and so nothing to copy.
+    if (const std::string_view kept = Unicode::trimmedView(text); kept.size() != text.size()) {
+        text = std::string(kept);
     }
-    return Unicode::trimmed(text);
+    return text;
 }
 
 std::string joinedIDs(const std::vector<std::int64_t>& chatIDs) {

@@ -314,8 +314,7 @@ struct GlyphRun {
     std::uint32_t length = 0;
     std::uint32_t firstGlyph = 0;
     std::uint32_t glyphCount = 0;
-    std::uint16_t font = 0;     // in the setter's table of kept fonts
-    std::uint16_t language = 0; // in the setter's table of languages
+    std::uint32_t face = 0; // font and language, in the setter's table of them
     std::uint16_t red = 0;
     std::uint16_t green = 0;
     std::uint16_t blue = 0;
@@ -526,8 +525,6 @@ const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
             facts.plain.reset(
                 pango_font_map_load_font(m_fontMap.get(), m_context.get(), description.get()));
         }
-        facts.index = m_keptFonts.size();
-        m_keptFonts.push_back(facts.reference.get());
         found = m_shapingFonts.emplace(font, std::move(facts)).first;
     }
     return found->second;
@@ -537,7 +534,7 @@ const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
 // does only because the piece ends there, so it is set again as the start of the next piece;
 // the lines kept are then the very lines of the whole paragraph. The pieces after the first take
 // the first one's direction, which a piece's own first character might not give.
-bool TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped) {
+void TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped) {
     const auto& paragraphs = result.text.paragraphs();
     const Paragraph& paragraph = paragraphs[index];
     const std::size_t length = byteLength(paragraph);
@@ -608,19 +605,14 @@ bool TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped
             if (shaped != nullptr) {
                 box.firstRun = static_cast<std::uint32_t>(shaped->runs.size());
                 for (GSList* node = line->runs; node != nullptr; node = node->next) {
-                    if (!keepRun(*static_cast<const PangoGlyphItem*>(node->data), start, *shaped)) {
-                        shaped = nullptr;
-                        break;
-                    }
+                    keepRun(*static_cast<const PangoGlyphItem*>(node->data), start, *shaped);
                 }
-                if (shaped != nullptr) {
-                    box.runCount = static_cast<std::uint32_t>(shaped->runs.size()) - box.firstRun;
-                }
+                box.runCount = static_cast<std::uint32_t>(shaped->runs.size()) - box.firstRun;
             }
             result.lines.push_back(box);
         }
         if (next == length) {
-            return shaped != nullptr;
+            return;
         }
         start = next;
         budget = kPieceBytes;
@@ -642,9 +634,7 @@ SetText TextSetter::set(AttributedText text, double width, bool keepShapes) {
         shaped->clear();
     }
     for (std::size_t index = 0; index < result.text.paragraphs().size(); ++index) {
-        if (!setParagraph(result, index, shaped)) {
-            shaped = nullptr; // a glyph run that cannot be kept: drawing sets the text again
-        }
+        setParagraph(result, index, shaped);
     }
     result.lines.shrink_to_fit();
     if (shaped != nullptr) {
@@ -653,24 +643,19 @@ SetText TextSetter::set(AttributedText text, double width, bool keepShapes) {
     return result;
 }
 
-// Kept runs name fonts and languages by number; the setter holds far fewer than 65,536 of each.
-bool TextSetter::keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped) {
+void TextSetter::keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped) {
     const PangoItem& item = *run.item;
-    const std::size_t font = fontFacts(item.analysis.font).index;
-    auto language = std::find(m_languages.begin(), m_languages.end(), item.analysis.language);
-    if (language == m_languages.end()) {
-        language = m_languages.insert(language, item.analysis.language);
-    }
-    const auto languageIndex = static_cast<std::size_t>(language - m_languages.begin());
-    if (font > 0xFFFF || languageIndex > 0xFFFF ||
-        offset + static_cast<std::size_t>(item.offset) > 0xFFFFFFFF) {
-        return false;
+    fontFacts(item.analysis.font); // holds the reference that keeps the font alive for drawing
+    const std::pair face(item.analysis.font, item.analysis.language);
+    const auto [found, added] =
+        m_faceIndex.try_emplace(face, static_cast<std::uint32_t>(m_faces.size()));
+    if (added) {
+        m_faces.push_back(face);
     }
     GlyphRun kept;
     kept.offset = static_cast<std::uint32_t>(offset + static_cast<std::size_t>(item.offset));
     kept.length = static_cast<std::uint32_t>(item.length);
-    kept.font = static_cast<std::uint16_t>(font);
-    kept.language = static_cast<std::uint16_t>(languageIndex);
+    kept.face = found->second;
     if (const PangoColor* color = runColor(&run)) {
         kept.red = color->red;
         kept.green = color->green;
@@ -682,7 +667,6 @@ bool TextSetter::keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& 
     kept.script = static_cast<std::uint8_t>(item.analysis.script);
     shaped.keep(kept, *run.glyphs);
     shaped.runs.push_back(kept);
-    return true;
 }
 
 void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count,
@@ -692,10 +676,6 @@ void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, st
         if (m_again == nullptr || m_again->serial != text.serial) {
             m_again.reset();
             SetText again = set(text.text, text.width, true);
-            if (again.shaped == nullptr) {
-                // Only past 65,536 fonts or languages in one document.
-                throw PDFExport::Failed("The PDF couldn’t be made: a text couldn’t be drawn.");
-            }
             again.serial = text.serial;
             m_again = std::make_unique<SetText>(std::move(again));
         }
@@ -763,8 +743,7 @@ void TextSetter::showLine(cairo_t* cairo, const SetText& text, const LineBox& li
         m_item->length = static_cast<gint>(run.length);
         m_item->num_chars = static_cast<gint>(
             g_utf8_strlen(characters + run.offset, static_cast<gssize>(run.length)));
-        m_item->analysis.font = m_keptFonts[run.font];
-        m_item->analysis.language = m_languages[run.language];
+        std::tie(m_item->analysis.font, m_item->analysis.language) = m_faces[run.face];
         m_item->analysis.level = run.level;
         m_item->analysis.gravity = run.gravity;
         m_item->analysis.script = run.script;

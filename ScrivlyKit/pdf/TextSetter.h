@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace scrivly::pdf {
@@ -99,14 +100,13 @@ private:
         bool color = false; // colour glyphs: emoji
         std::string name;   // Pango's description, for the colour glyph pictures
         std::unique_ptr<PangoFont, GObjectDeleter> plain; // the text font at the same size
-        std::size_t index = 0;                            // in m_keptFonts
     };
 
     SetText set(AttributedText text, double width, bool keepShapes);
     void showLine(cairo_t* cairo, const SetText& text, const LineBox& line, double x,
                   double baseline);
     const char* paragraphText(const SetText& text, std::size_t paragraph);
-    bool keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped);
+    void keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped);
     void showLine(cairo_t* cairo, PangoLayoutLine* line, double x, double baseline);
     void showRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x, double baseline);
     void showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
@@ -117,8 +117,7 @@ private:
     // Pango's layout of the paragraph's bytes [start, end) at a width (unbroken when negative).
     PangoLayoutPtr makeLayout(const Paragraph& paragraph, std::size_t start, std::size_t end,
                               double width, Direction direction = Direction::natural);
-    // False when a glyph run could not be kept.
-    bool setParagraph(SetText& result, std::size_t index, Shaped* shaped);
+    void setParagraph(SetText& result, std::size_t index, Shaped* shaped);
     const FontFacts& fontFacts(PangoFont* font);
     PangoLayoutPtr makeLineLayout(std::string_view text, const TextStyle& style);
     const PangoFontDescription* font(const TextStyle& style);
@@ -135,9 +134,9 @@ private:
     std::unique_ptr<PangoItem, PangoItemDeleter> m_item;
     struct Scratch;
     std::unique_ptr<Scratch> m_scratch;
-    // What kept glyph runs name their font and language by.
-    std::vector<PangoFont*> m_keptFonts;
-    std::vector<PangoLanguage*> m_languages;
+    // The fonts and languages of kept glyph runs, which name them by their place here.
+    std::vector<std::pair<PangoFont*, PangoLanguage*>> m_faces;
+    std::map<std::pair<PangoFont*, PangoLanguage*>, std::uint32_t> m_faceIndex;
     std::size_t m_keptShapeBytes;
     std::size_t m_keptBytes = 0;
     std::uint64_t m_serial = 0;

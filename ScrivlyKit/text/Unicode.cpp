@@ -52,11 +52,11 @@ bool containsNumeric(std::string_view text) {
     return false;
 }
 
-std::string trimmed(std::string_view text) {
+std::string_view trimmedView(std::string_view text) {
     // Nearly every text starts and ends with a visible ASCII character: nothing to trim.
     const auto visibleASCII = [](char c) { return c > 0x20 && c < 0x7F; };
     if (!text.empty() && visibleASCII(text.front()) && visibleASCII(text.back())) {
-        return std::string(text);
+        return text;
     }
     std::size_t start = 0;
     std::size_t end = 0; // one past the last code point that is not white space
@@ -73,10 +73,11 @@ std::string trimmed(std::string_view text) {
             end = offset;
         }
     }
-    if (!seenContent) {
-        return {};
-    }
-    return std::string(text.substr(start, end - start));
+    return seenContent ? text.substr(start, end - start) : std::string_view();
+}
+
+std::string trimmed(std::string_view text) {
+    return std::string(trimmedView(text));
 }
 
 std::string lowercased(std::string_view text) {

@@ -9,6 +9,8 @@ namespace scrivly::Unicode {
 
 // Removes Unicode white space and line breaks at both ends.
 std::string trimmed(std::string_view text);
+// The same, as the part of text it leaves: no copy.
+std::string_view trimmedView(std::string_view text);
 
 // Full Unicode lower-casing (root locale, so results do not depend on the process's locale).
 std::string lowercased(std::string_view text);
