@@ -23,12 +23,9 @@ ExportOptions optionsIn(const std::string& zone) {
     return options;
 }
 
-TEST(CSVExport, EmptyTranscriptIsByteOrderMarkAndHeaderOnly) {
-    EXPECT_EQ(CSVExport::render(Transcript{}, optionsIn("UTC"), ExportStrings{}), kBOM + kHeader);
-}
-
 TEST(CSVExport, RendersEntriesByteForByte) {
     Transcript transcript;
+    EXPECT_EQ(CSVExport::render(transcript, optionsIn("UTC"), ExportStrings{}), kBOM + kHeader);
     transcript.title = "Ana";
 
     TranscriptEntry winter; // 2024-03-05 19:07:09 UTC, standard time in New York
@@ -67,17 +64,14 @@ TEST(CSVExport, EscapesCells) {
         {"", ""},
         {"plain text", "plain text"},
         {"=SUM(A1)", kZWSP + "=SUM(A1)"},
-        {"=1+2", kZWSP + "=1+2"},
         {"-x", kZWSP + "-x"},
         {"-5", "-5"},
         {"+15550102233", "+15550102233"},
         {"+1 (555) 010-2233", "+1 (555) 010-2233"},
         {"+", kZWSP + "+"},
-        {"-", kZWSP + "-"},
         {"@x", kZWSP + "@x"},
         {"\tx", kZWSP + "\tx"},
         {"\rx", "\"" + kZWSP + "\rx\""},
-        {"(555) 010", "(555) 010"},
         {"a=b", "a=b"},
         {"a,b", "\"a,b\""},
         {"say \"hi\"", "\"say \"\"hi\"\"\""},

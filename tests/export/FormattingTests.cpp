@@ -24,7 +24,6 @@ TEST(DateFormatter, AppliesZoneAndLocale) {
         {Style::day, "America/New_York", "en_US", {"Tuesday", "March 5", "2024"}},
         {Style::day, "Europe/Berlin", "en_US", {"Wednesday", "March 6", "2024"}},
         {Style::day, "Europe/Berlin", "de_DE", {"Mittwoch", "6. März 2024"}},
-        {Style::day, "America/New_York", "de_DE", {"Dienstag", "5. März 2024"}},
         {Style::time, "America/New_York", "en_US", {"10:30", "PM"}},
         {Style::time, "Europe/Berlin", "de_DE", {"04:30"}},
         {Style::shortDate, "America/New_York", "en_US", {"Mar 5, 2024"}},
@@ -82,14 +81,12 @@ TEST(Formatting, ByteCounts) {
     } cases[] = {
         {0, "0 bytes", "0 bytes"},
         {1, "1 byte", "1 byte"},
-        {512, "512 bytes", "512 bytes"},
         {999, "999 bytes", "999 bytes"},
         {1000, "1 KB", "1 KB"},
         {48213, "48 KB", "48 KB"},
         {999499, "999 KB", "999 KB"},
         {999500, "1 MB", "1 MB"}, // rounding up carries into the next unit
         {1234567, "1.2 MB", "1,2 MB"},
-        {2000000, "2 MB", "2 MB"},
         {1500000000, "1.5 GB", "1,5 GB"},
         {123456789012, "123.46 GB", "123,46 GB"},
     };
@@ -111,10 +108,10 @@ TEST(Formatting, CivilFieldsAndISO8601) {
          -5 * 3600},
         {Date::fromUnixSeconds(1720098303), "America/New_York", "2024-07-04T09:05:03-04:00",
          -4 * 3600},
-        {Date::fromUnixSeconds(1709695800), "Europe/Berlin", "2024-03-06T04:30:00+01:00", 3600},
-        {Date::fromUnixSeconds(1709695800), "Asia/Kolkata", "2024-03-06T09:00:00+05:30", 19800},
-        {Date::fromUnixSeconds(1709695800), "UTC", "2024-03-06T03:30:00Z", 0},
-        {Date::fromUnixSeconds(1709695800), "Nowhere/Bogus", "2024-03-06T03:30:00Z", 0},
+        {kNearMidnight, "Europe/Berlin", "2024-03-06T04:30:00+01:00", 3600},
+        {kNearMidnight, "Asia/Kolkata", "2024-03-06T09:00:00+05:30", 19800},
+        {kNearMidnight, "UTC", "2024-03-06T03:30:00Z", 0},
+        {kNearMidnight, "Nowhere/Bogus", "2024-03-06T03:30:00Z", 0},
         // Fractions are dropped, also before the 2001 reference date.
         {Date{-0.5}, "UTC", "2000-12-31T23:59:59Z", 0},
         {Date{59.999}, "UTC", "2001-01-01T00:00:59Z", 0},

@@ -9,7 +9,6 @@
 #include <fstream>
 #include <functional>
 
-
 namespace scrivly::ImageConverter {
 namespace {
 
@@ -23,8 +22,6 @@ constexpr Pixel kClear{0, 0, 0, 0};
 Image makeImage(int width, int height, int channels,
                 const std::function<Pixel(int x, int y)>& colour) {
     Image image{width, height, channels, {}};
-    image.pixels.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
-                         static_cast<std::size_t>(channels));
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             const auto pixel = colour(x, y);
@@ -79,7 +76,6 @@ TEST_F(ImageConverterTest, ScalesTheLongerSideDownAndNeverUp) {
         ASSERT_TRUE(jpeg.has_value());
         EXPECT_EQ(jpegSize(*jpeg), std::pair(row.expectedWidth, row.expectedHeight));
         const auto decoded = decode(*jpeg);
-        EXPECT_EQ(decoded.width(), row.expectedWidth);
         EXPECT_EQ(decoded.bands(), 3);
         expectColour(decoded, row.expectedWidth / 2, row.expectedHeight / 2, kGreen);
     }
@@ -95,7 +91,6 @@ TEST_F(ImageConverterTest, AppliesTheEXIFOrientation) {
     rotated.set("orientation", 6);
     const auto path = m_folder.file("rotated.jpg");
     rotated.jpegsave(path.c_str());
-    ASSERT_EQ(vips::VImage::new_from_file(path.c_str()).get_int("orientation"), 6);
 
     const auto jpeg = jpegData(path, 1600, 0.9);
     ASSERT_TRUE(jpeg.has_value());
@@ -126,13 +121,12 @@ TEST_F(ImageConverterTest, TransparencyBecomesWhite) {
 }
 
 TEST_F(ImageConverterTest, FailuresGiveNothing) {
-    const auto text = m_folder.file("notes.jpg");
-    std::ofstream(text) << "These are not the pixels you are looking for.";
-    const auto empty = m_folder.file("empty.png");
-    std::ofstream{empty};
-    EXPECT_FALSE(jpegData(text, 1600, 0.82).has_value());
-    EXPECT_FALSE(jpegData(empty, 1600, 0.82).has_value());
-    EXPECT_FALSE(jpegData(m_folder.file("missing.heic"), 1600, 0.82).has_value());
+    // Text named as a picture, an empty file and a missing one.
+    std::ofstream(m_folder.file("notes.jpg")) << "These are not the pixels you are looking for.";
+    std::ofstream{m_folder.file("empty.png")};
+    for (const char* name : {"notes.jpg", "empty.png", "missing.heic"}) {
+        EXPECT_FALSE(jpegData(m_folder.file(name), 1600, 0.82).has_value()) << name;
+    }
 
     auto wrongSize = plain(10, 10, kRed);
     wrongSize.pixels.pop_back();
@@ -151,9 +145,8 @@ TEST_F(ImageConverterTest, FailuresGiveNothing) {
 TEST_F(ImageConverterTest, ReadsTheSizeFromTheJPEGHeader) {
     const auto jpeg = flattenedJPEG(plain(123, 45, kBlue), 0.82);
     ASSERT_TRUE(jpeg.has_value());
-    EXPECT_EQ(jpegSize(*jpeg), std::pair(123, 45));
 
-    // Every prefix either still holds the whole frame header or gives nothing.
+    // Each prefix gives the size once it holds the whole frame header, and nothing before.
     std::optional<std::size_t> firstComplete;
     for (std::size_t length = 0; length <= jpeg->size(); ++length) {
         const std::vector<std::uint8_t> prefix(jpeg->begin(),
