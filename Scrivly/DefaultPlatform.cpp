@@ -6,6 +6,7 @@
 #include "ScrivlyKit/contacts/ContactSources.h"
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/export/ExportOptions.h"
+#include "ScrivlyKit/text/Regional.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,11 +30,11 @@ Date DefaultPlatform::now() const {
 }
 
 std::string DefaultPlatform::timeZone() const {
-    return DayBounds::systemTimeZone();
+    return Regional::systemTimeZone();
 }
 
 std::string DefaultPlatform::locale() const {
-    return systemLocale();
+    return Regional::systemLocale();
 }
 
 QString DefaultPlatform::homePath() const {

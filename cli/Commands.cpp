@@ -8,17 +8,10 @@
 #include "cli/ProgressBar.h"
 #include "cli/Session.h"
 
-#include "ScrivlyKit/conversations/DayBounds.h"
-#include "ScrivlyKit/conversations/Transcript.h"
-#include "ScrivlyKit/database/ChatDatabase.h"
-#include "ScrivlyKit/database/DatabaseAccess.h"
-#include "ScrivlyKit/export/CSVExport.h"
-#include "ScrivlyKit/export/ExportOptions.h"
-#include "ScrivlyKit/export/ExportStrings.h"
 #include "ScrivlyKit/export/Formatting.h"
-#include "ScrivlyKit/pdf/PDFExport.h"
-#include "ScrivlyKit/sample/SampleDatabase.h"
-#include "ScrivlyKit/text/Unicode.h"
+#include "ScrivlyKit/history/ExportJob.h"
+#include "ScrivlyKit/history/History.h"
+#include "ScrivlyKit/history/Sources.h"
 
 #include <filesystem>
 #include <iostream>
@@ -36,8 +29,7 @@ HumanOutput humanOutput(const Session& session) {
 }
 
 void listChats(const Invocation& invocation, const Session& session) {
-    session.requireReadable();
-    const auto chats = session.reader().chats();
+    const auto chats = session.history().chats();
     if (invocation.json) {
         std::cout << JsonOutput::chats(chats);
     } else {
@@ -46,22 +38,16 @@ void listChats(const Invocation& invocation, const Session& session) {
 }
 
 void listMessages(const Invocation& invocation, const Session& session) {
-    session.requireReadable();
-    const auto messages = session.reader().messages(invocation.chatIDs);
+    const auto messages = session.history().messages(invocation.chatIDs);
     if (invocation.json) {
         std::cout << JsonOutput::messages(messages);
     } else {
-        humanOutput(session).messages(messages, session.me());
+        humanOutput(session).messages(messages, session.history().settings().me);
     }
 }
 
 void listConversations(const Invocation& invocation, const Session& session) {
-    auto conversations = session.conversations();
-    if (invocation.search) {
-        std::erase_if(conversations, [&](const Conversation& conversation) {
-            return !Conversations::matches(conversation, *invocation.search);
-        });
-    }
+    const auto conversations = session.history().conversations(invocation.search);
     if (invocation.json) {
         std::cout << JsonOutput::conversations(conversations);
     } else {
@@ -69,55 +55,29 @@ void listConversations(const Invocation& invocation, const Session& session) {
     }
 }
 
-Transcript buildTranscript(const Invocation& invocation, const Session& session) {
-    session.requireReadable();
-    Conversation conversation;
-    std::vector<Message> messages;
-    // One copy of the database for both reads; finding the conversation only needs to know
-    // which chats have messages, not how many.
-    session.reader().read([&](ChatDatabase& database) {
-        const auto conversations =
-            Conversations::group(database.chats(ChatDatabase::Counting::presence), session.names());
-        conversation = findConversation(conversations, invocation.conversation);
-        messages = database.messages(conversation.chatIDs);
-    });
-    const auto bounds = DayBounds::range(invocation.from, invocation.to, session.timeZone());
-    return Transcript::build(conversation.title, conversation.participants, messages, bounds.from,
-                             bounds.to, session.me(), session.names());
-}
-
-ExportStrings exportStrings(const Session& session) {
-    ExportStrings strings;
-    strings.me = session.me();
-    return strings;
-}
-
 void showTranscript(const Invocation& invocation, const Session& session) {
-    const auto transcript = buildTranscript(invocation, session);
+    const auto transcript = transcriptOf(session, invocation);
     if (invocation.json) {
         std::cout << JsonOutput::transcript(transcript);
     } else {
-        humanOutput(session).transcript(transcript, exportStrings(session));
+        humanOutput(session).transcript(transcript, session.history().exportStrings());
     }
 }
 
-PDFExport::Result renderPDF(const Transcript& transcript, const ExportOptions& options,
+ExportJob::Result renderPDF(const Transcript& transcript, const ExportOptions& options,
                             const ExportStrings& strings, bool showProgress,
                             Interrupts& interrupts) {
     const bool terminal = ::isatty(STDERR_FILENO) == 1;
     ProgressBar bar(std::cerr, terminal, "Making the PDF");
-    PDFExport::Progress progress;
+    ExportJob::Progress progress;
     if (showProgress || terminal) {
         progress = [&bar](double fraction) { bar.update(fraction); };
     }
     // Ctrl-C now cancels the rendering through its stop token instead of ending the process.
     Interrupts::Cancellable cancellable(interrupts);
     try {
-        auto result =
-            PDFExport::render(transcript, options, strings, progress, cancellable.token());
-        if (cancellable.token().stop_requested()) {
-            throw PDFExport::Cancelled();
-        }
+        auto result = ExportJob::run(ExportJob::Format::pdf, transcript, options, strings, progress,
+                                     cancellable.token());
         if (progress) {
             bar.finish();
         }
@@ -130,9 +90,10 @@ PDFExport::Result renderPDF(const Transcript& transcript, const ExportOptions& o
 
 void exportConversation(const Invocation& invocation, const Session& session,
                         Interrupts& interrupts) {
-    const auto transcript = buildTranscript(invocation, session);
-    const auto strings = exportStrings(session);
-    ExportOptions options;
+    const auto& history = session.history();
+    const auto transcript = transcriptOf(session, invocation);
+    const auto strings = history.exportStrings();
+    ExportOptions options = history.exportOptions();
     options.paper = invocation.paper;
     options.documentTitle = invocation.title;
     options.header = invocation.header;
@@ -140,29 +101,28 @@ void exportConversation(const Invocation& invocation, const Session& session,
     options.batesStart = invocation.batesStart;
     options.coverPage = invocation.coverPage;
     options.includeImages = invocation.includeImages;
-    options.timeZone = session.timeZone();
-    options.locale = session.locale();
 
-    std::string text;      // CSV and JSON
-    PDFExport::Result pdf; // written from where it was made: it can be tens of megabytes
+    std::string json;
+    ExportJob::Result document; // written from where it was made: it can be tens of megabytes
     std::string_view bytes;
     std::string summary;
     switch (invocation.format) {
     case ExportFormat::pdf:
-        pdf = renderPDF(transcript, options, strings, invocation.progress, interrupts);
-        bytes = {reinterpret_cast<const char*>(pdf.data.data()), pdf.data.size()};
-        summary = Formatting::integer(pdf.pageCount, session.locale()) +
-                  (pdf.pageCount == 1 ? " page" : " pages");
+        document = renderPDF(transcript, options, strings, invocation.progress, interrupts);
+        summary = Formatting::integer(document.pageCount, session.locale()) +
+                  (document.pageCount == 1 ? " page" : " pages");
         break;
     case ExportFormat::csv:
-        text = CSVExport::render(transcript, options, strings);
-        bytes = text;
+        document = ExportJob::run(ExportJob::Format::csv, transcript, options, strings);
         break;
     case ExportFormat::json:
-        text = JsonOutput::transcript(transcript);
-        bytes = text;
+        json = JsonOutput::transcript(transcript);
         break;
     }
+    bytes = invocation.format == ExportFormat::json
+                ? std::string_view(json)
+                : std::string_view(reinterpret_cast<const char*>(document.data.data()),
+                                   document.data.size());
     if (summary.empty()) {
         const auto count = static_cast<std::int64_t>(transcript.entries.size());
         summary =
@@ -201,9 +161,10 @@ void checkSampleFolder(const fs::path& folder) {
 void writeSample(const Invocation& invocation) {
     const fs::path folder = fs::absolute(invocation.sampleFolder).lexically_normal();
     checkSampleFolder(folder);
-    const auto info = SampleDatabase::create(folder.string(), Date::now());
-    HumanOutput(std::cout, DayBounds::systemTimeZone(), systemLocale(), wantsStyle(STDOUT_FILENO))
-        .sample(info.database, info.home);
+    const auto sample = Sources::sample(folder.string(), Date::now());
+    HumanOutput(std::cout, checkedTimeZone(invocation.global.timeZone),
+                checkedLocale(invocation.global.locale), wantsStyle(STDOUT_FILENO))
+        .sample(sample.database, sample.home);
 }
 
 } // namespace
@@ -216,7 +177,7 @@ void runCommand(const Invocation& invocation, Interrupts& interrupts) {
     const Session session(invocation.global, interrupts);
     switch (invocation.command) {
     case Command::access:
-        std::cout << toString(access(session.databasePath())) << '\n';
+        std::cout << toString(session.history().access()) << '\n';
         break;
     case Command::chats:
         listChats(invocation, session);

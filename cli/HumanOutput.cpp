@@ -3,6 +3,7 @@
 #include "cli/Table.h"
 #include "cli/TerminalText.h"
 
+#include "ScrivlyKit/export/Presentation.h"
 #include "ScrivlyKit/export/ReactionSummary.h"
 #include "ScrivlyKit/records/Reaction.h"
 
@@ -161,21 +162,10 @@ void HumanOutput::conversations(const std::vector<Conversation>& conversations,
 void HumanOutput::transcript(const Transcript& transcript, const ExportStrings& strings) {
     const auto clean = [](const std::string& text) { return TerminalText::cleaned(text, false); };
 
-    // "Mar 1, 2024 – Mar 5, 2024", one date for a single day, "…" for an open end.
-    const auto span = [this](const std::optional<Date>& first, const std::optional<Date>& last) {
-        const std::string from = first ? m_shortDate.format(*first) : std::string("…");
-        const std::string to = last ? m_shortDate.format(*last) : std::string("…");
-        return from == to ? from : from + " – " + to;
-    };
-    std::string range = strings.allDates;
-    if (transcript.from || transcript.to) {
-        range = span(transcript.from, transcript.to);
-    }
-    if (const auto first = transcript.firstDate(), last = transcript.lastDate(); first && last) {
-        const std::string included = span(first, last);
-        if (included != range) {
-            range += " (" + strings.includedDates(included) + ")";
-        }
+    const auto dates = Presentation::dateRange(transcript, strings, m_shortDate);
+    std::string range = dates.range;
+    if (dates.included) {
+        range += " (" + *dates.included + ")";
     }
 
     m_out << bold(clean(transcript.title)) << '\n';
@@ -241,16 +231,8 @@ void HumanOutput::transcript(const Transcript& transcript, const ExportStrings& 
             indented(TerminalText::cleaned(entry.text, true));
         }
         for (const auto& attachment : entry.attachments) {
-            std::error_code error;
-            const auto size =
-                attachment.path ? std::filesystem::file_size(*attachment.path, error) : 0;
-            const bool present = attachment.path && !error &&
-                                 std::filesystem::is_regular_file(*attachment.path, error);
-            indented(clean(
-                present ? strings.attachmentLine(
-                              attachment.name,
-                              Formatting::byteCount(static_cast<std::int64_t>(size), m_locale))
-                        : strings.attachmentMissing(attachment.name)));
+            const auto shown = Presentation::attachment(attachment);
+            indented(clean(Presentation::attachmentLine(attachment, shown, strings, m_locale)));
         }
         if (!entry.reactions.empty()) {
             out += "    ";

@@ -1,7 +1,7 @@
 #include "ScrivlyKit/contacts/AddressBookDatabase.h"
 
 #include "ScrivlyKit/contacts/ContactsError.h"
-#include "ScrivlyKit/contacts/PrivateCopy.h"
+#include "ScrivlyKit/database/PrivateCopy.h"
 #include "ScrivlyKit/database/SQLiteConnection.h"
 #include "ScrivlyKit/text/Unicode.h"
 
@@ -130,10 +130,13 @@ void addDatabases(const fs::path& base, std::vector<std::string>& found) {
 
 std::vector<ContactCard> read(const std::string& path, const std::string& scratchFolder) {
     try {
-        // The copy outlives the connection, which is declared after it.
-        const PrivateCopy copy(path, scratchFolder, kFileName);
-        SQLiteConnection db(copy.path(), /*readOnly=*/true, /*immutable=*/true);
-        return readCards(db, path);
+        std::vector<ContactCard> cards;
+        withPrivateFolder(scratchFolder, [&](const std::string& folder) {
+            SQLiteConnection db(copyDatabase(path, folder, kFileName), /*readOnly=*/true,
+                                /*immutable=*/true);
+            cards = readCards(db, path);
+        });
+        return cards;
     } catch (const SQLiteError& error) {
         throw ContactsError(path, error.message());
     } catch (const fs::filesystem_error& error) {

@@ -125,16 +125,5 @@ Range range(const std::optional<Day>& first, const std::optional<Day>& last,
     return result;
 }
 
-std::string systemTimeZone() {
-    const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
-    icu::UnicodeString id;
-    zone->getID(id);
-    std::string name;
-    id.toUTF8String(name);
-    if (name.empty() || name == UCAL_UNKNOWN_ZONE_ID) {
-        return "UTC";
-    }
-    return name;
-}
 
 } // namespace scrivly::DayBounds

@@ -38,7 +38,5 @@ struct Range {
 Range range(const std::optional<Day>& first, const std::optional<Day>& last,
             const std::string& timeZone);
 
-// The IANA name of the system's current time zone.
-std::string systemTimeZone();
 
 } // namespace scrivly::DayBounds

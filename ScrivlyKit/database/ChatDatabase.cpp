@@ -77,8 +77,16 @@ std::string joinedIDs(const std::vector<std::int64_t>& chatIDs) {
 
 } // namespace
 
-ChatDatabase::ChatDatabase(std::string path, std::string home, bool immutable)
-    : m_url(std::move(path)), m_home(std::move(home)),
+ChatDatabase::ChatDatabase(std::string path, const std::string& home, bool immutable)
+    : ChatDatabase(
+          std::move(path),
+          [home](const std::optional<std::string>& stored) {
+              return Attachment::expandedPath(stored, home);
+          },
+          immutable) {}
+
+ChatDatabase::ChatDatabase(std::string path, AttachmentResolver resolve, bool immutable)
+    : m_url(std::move(path)), m_resolve(std::move(resolve)),
       m_connection(m_url, /*readOnly=*/true, immutable) {
     // Reading pages through a memory map skips copying each one out of the file cache; the chat
     // list visits every page of the message table, on large histories many times over. SQLite
@@ -198,7 +206,7 @@ std::vector<Message> ChatDatabase::messages(const std::vector<std::int64_t>& cha
         const auto fileName = row.text(2);
         Attachment attachment;
         attachment.rowID = row.integer(1);
-        attachment.path = Attachment::expandedPath(fileName, m_home);
+        attachment.path = m_resolve(fileName);
         attachment.name = Attachment::displayName(shownText(row.text(5)), shownText(fileName));
         attachment.mimeType = row.text(3);
         attachment.uti = row.text(4);

@@ -5,12 +5,19 @@
 #include "ScrivlyKit/records/Message.h"
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace scrivly {
+
+// The file on this computer that an attachment's stored file name stands for (nothing for no
+// name). Called while a query runs, on its thread.
+using AttachmentResolver =
+    std::function<std::optional<std::string>(const std::optional<std::string>& stored)>;
 
 // An open, checked Messages database, read-only. Copes with older schemas by probing the optional
 // columns of table message once and selecting NULL where one is missing. Every public query holds
@@ -18,10 +25,12 @@ namespace scrivly {
 class ChatDatabase {
 public:
     // Opens path read-only (immutable for a private copy nothing else touches; a plain read-only
-    // open otherwise) and checks that it holds the Messages tables. home is the folder a stored
-    // "~/" in attachment paths stands for. Throws SQLiteError: open when the file cannot be
-    // opened, query when it is not a Messages database or cannot be read.
-    ChatDatabase(std::string path, std::string home, bool immutable);
+    // open otherwise) and checks that it holds the Messages tables. resolve turns stored
+    // attachment names into files. Throws SQLiteError: open when the file cannot be opened, query
+    // when it is not a Messages database or cannot be read.
+    ChatDatabase(std::string path, AttachmentResolver resolve, bool immutable);
+    // The same for a Mac's database, where a stored "~/" stands for the home folder.
+    ChatDatabase(std::string path, const std::string& home, bool immutable);
     ChatDatabase(const ChatDatabase&) = delete;
     ChatDatabase& operator=(const ChatDatabase&) = delete;
 
@@ -43,7 +52,6 @@ public:
     std::vector<Message> messages(const std::vector<std::int64_t>& chatIDs);
 
     const std::string& url() const { return m_url; }
-    const std::string& home() const { return m_home; }
     // The columns table message has; optional ones missing from it read as NULL.
     const std::set<std::string>& messageColumns() const { return m_messageColumns; }
     // Older databases have no chat_handle_join; members then come from the senders of messages.
@@ -57,7 +65,7 @@ private:
 
     std::mutex m_lock;
     std::string m_url;
-    std::string m_home;
+    AttachmentResolver m_resolve;
     SQLiteConnection m_connection;
     std::set<std::string> m_messageColumns;
     bool m_hasChatHandleJoin = false;

@@ -1,59 +1,53 @@
 #include "ScrivlyKit/database/MessagesReader.h"
 
 #include "ScrivlyKit/database/ChatDatabase.h"
-#include "ScrivlyKit/database/DatabaseCopy.h"
-#include "ScrivlyKit/database/Snapshot.h"
-#include "ScrivlyKit/database/SnapshotLease.h"
-#include "ScrivlyKit/platform/FileSystem.h"
-#include "ScrivlyKit/platform/UUID.h"
-
-#include <chrono>
-#include <filesystem>
-#include <thread>
+#include "ScrivlyKit/database/MessagesSource.h"
+#include "ScrivlyKit/database/PrivateCopy.h"
 
 namespace scrivly {
 namespace {
 
-// How often a copy torn by a concurrent checkpoint is taken again before giving up. Checkpoints
-// are brief and rare next to a copy, so a second attempt nearly always succeeds.
-constexpr int kCopyAttempts = 5;
+AttachmentResolver resolver(const std::shared_ptr<const MessagesSource>& source) {
+    return [source](const std::optional<std::string>& stored) {
+        return source->attachmentPath(stored);
+    };
+}
 
-// Runs operation on the database of one read: the source itself when there is no scratch folder,
-// else a fresh snapshot in a subfolder of its own that is gone when this returns or throws.
-template <typename Operation>
-auto withDatabase(const MessagesReader& reader, Operation&& operation) {
+// Runs operation on the database of one read: the source's file itself when there is no scratch
+// folder, else a fresh private copy in a subfolder of its own that is gone when this returns or
+// throws.
+void withDatabase(const MessagesReader& reader,
+                  const std::function<void(ChatDatabase&)>& operation) {
     if (!reader.folder) {
-        ChatDatabase database(reader.source, reader.home, /*immutable=*/false);
-        return operation(database);
+        ChatDatabase database(reader.source->location(), resolver(reader.source),
+                              /*immutable=*/false);
+        operation(database);
+        return;
     }
-    // The scratch folder usually exists already; if it cannot be made, the check below says why.
-    std::error_code ignored;
-    FileSystem::createPrivateFolders(*reader.folder, ignored);
-    FileSystem::requireOwnerOnlyFolder(*reader.folder);
-
-    // Declared before the database so that the database closes before its folder goes.
-    const SnapshotLease lease(*reader.folder);
-    for (int attempt = 1;; ++attempt) {
-        try {
-            ChatDatabase database = snapshot(reader.source, lease.path(), reader.home);
-            return operation(database);
-        } catch (const TornCopyError&) {
-            if (attempt == kCopyAttempts) {
-                throw;
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10 * attempt));
-        }
-    }
+    withPrivateFolder(*reader.folder, [&](const std::string& folder) {
+        ChatDatabase database(reader.source->copyInto(folder), resolver(reader.source),
+                              /*immutable=*/true);
+        operation(database);
+    });
 }
 
 } // namespace
 
+MessagesReader MessagesReader::ofDatabase(const std::string& path, const std::string& home,
+                                          std::optional<std::string> folder) {
+    return MessagesReader{std::make_shared<DatabaseFile>(path, home), std::move(folder)};
+}
+
 std::vector<Chat> MessagesReader::chats() const {
-    return withDatabase(*this, [](ChatDatabase& database) { return database.chats(); });
+    std::vector<Chat> chats;
+    withDatabase(*this, [&](ChatDatabase& database) { chats = database.chats(); });
+    return chats;
 }
 
 std::vector<Message> MessagesReader::messages(const std::vector<std::int64_t>& chatIDs) const {
-    return withDatabase(*this, [&](ChatDatabase& database) { return database.messages(chatIDs); });
+    std::vector<Message> messages;
+    withDatabase(*this, [&](ChatDatabase& database) { messages = database.messages(chatIDs); });
+    return messages;
 }
 
 void MessagesReader::check() const {
@@ -66,6 +60,22 @@ void MessagesReader::read(const std::function<void(ChatDatabase&)>& operation) c
 
 std::string defaultDatabasePath(const std::string& home) {
     return home + "/Library/Messages/chat.db";
+}
+
+DatabaseFile::DatabaseFile(std::string path, std::string home)
+    : m_path(std::move(path)), m_home(std::move(home)) {}
+
+DatabaseAccess DatabaseFile::access() const {
+    return scrivly::access(m_path);
+}
+
+std::string DatabaseFile::copyInto(const std::string& into) const {
+    return copyDatabase(m_path, into, "chat.db");
+}
+
+std::optional<std::string>
+DatabaseFile::attachmentPath(const std::optional<std::string>& stored) const {
+    return Attachment::expandedPath(stored, m_home);
 }
 
 } // namespace scrivly

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,14 +13,18 @@
 namespace scrivly {
 
 class ChatDatabase;
+class MessagesSource;
 
 // What a read of the Messages database needs. Every read works on a private copy made in its
 // own UUID-named, owner-only subfolder of folder, which is removed whatever happens; without a
-// folder the source is opened directly (for a database nothing else writes).
+// folder the source's file is opened directly (for a database nothing else writes).
 struct MessagesReader {
-    std::string source;                // the database file
-    std::string home;                  // the folder a stored "~/" stands for
+    std::shared_ptr<const MessagesSource> source;
     std::optional<std::string> folder; // the scratch folder for snapshots
+
+    // A reader of a Mac's database file, whose stored "~/" stands for home.
+    static MessagesReader ofDatabase(const std::string& path, const std::string& home,
+                                     std::optional<std::string> folder);
 
     std::vector<Chat> chats() const;
     std::vector<Message> messages(const std::vector<std::int64_t>& chatIDs) const;

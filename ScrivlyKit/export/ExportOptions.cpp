@@ -1,9 +1,6 @@
 #include "ScrivlyKit/export/ExportOptions.h"
 
-#include <unicode/locid.h>
-#include <unicode/timezone.h>
-#include <unicode/ucal.h>
-#include <unicode/unistr.h>
+#include "ScrivlyKit/text/Regional.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,22 +10,6 @@
 namespace scrivly {
 
 namespace {
-
-// The IANA name of ICU's default zone (from TZ or /etc/localtime); UTC when ICU cannot tell.
-std::string systemTimeZoneID() {
-    const std::unique_ptr<icu::TimeZone> zone{icu::TimeZone::createDefault()};
-    if (!zone) {
-        return "UTC";
-    }
-    icu::UnicodeString id;
-    zone->getID(id);
-    if (id.isEmpty() || id == icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID)) {
-        return "UTC";
-    }
-    std::string out;
-    id.toUTF8String(out);
-    return out;
-}
 
 std::string_view trimmedBlanks(std::string_view text) {
     const auto first = text.find_first_not_of(" \t");
@@ -51,7 +32,8 @@ std::int64_t checkedAdd(std::int64_t a, std::int64_t b) {
 
 } // namespace
 
-ExportOptions::ExportOptions() : timeZone(systemTimeZoneID()), locale(systemLocale()) {}
+ExportOptions::ExportOptions()
+    : timeZone(Regional::systemTimeZone()), locale(Regional::systemLocale()) {}
 
 std::optional<std::string> ExportOptions::batesLabel(std::int64_t page) const {
     const auto prefix = trimmedBlanks(batesPrefix);
@@ -73,8 +55,5 @@ std::optional<std::string> ExportOptions::batesLabel(std::int64_t page) const {
     return std::string(prefix) + sign + padding + digits;
 }
 
-std::string systemLocale() {
-    return icu::Locale::getDefault().getName();
-}
 
 } // namespace scrivly

@@ -31,7 +31,5 @@ struct ExportOptions {
     bool operator==(const ExportOptions&) const = default;
 };
 
-// The ICU identifier of the system's current locale.
-std::string systemLocale();
 
 } // namespace scrivly

@@ -1,6 +1,7 @@
 #include "ScrivlyKit/pdf/PDFLayout.h"
 
 #include "ScrivlyKit/export/ImageConverter.h"
+#include "ScrivlyKit/export/Presentation.h"
 #include "ScrivlyKit/export/ReactionSummary.h"
 #include "ScrivlyKit/text/Unicode.h"
 
@@ -31,40 +32,6 @@ constexpr double kPictureMaxHeight = 280;
 // Enough pixels for the printed size at 300 dpi and more.
 constexpr PictureQueue::Settings kPictureSettings{.maxPixelSize = 1600, .quality = 0.82};
 
-std::string asciiLowercased(std::string_view text) {
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return result;
-}
-
-bool hasPictureExtension(const std::string& name) {
-    static constexpr std::array<std::string_view, 9> kExtensions{
-        "heic", "heif", "jpg", "jpeg", "png", "gif", "tif", "tiff", "webp"};
-    std::string extension = std::filesystem::path(name).extension().string();
-    if (extension.size() < 2) {
-        return false;
-    }
-    extension = asciiLowercased(std::string_view(extension).substr(1));
-    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
-}
-
-bool isPicture(const Attachment& attachment) {
-    static constexpr std::array<std::string_view, 7> kTypes{
-        "public.jpeg", "public.png",         "public.heic", "public.heif",
-        "public.tiff", "com.compuserve.gif", "public.image"};
-    if (attachment.mimeType && asciiLowercased(*attachment.mimeType).starts_with("image/")) {
-        return true;
-    }
-    if (attachment.uti &&
-        std::find(kTypes.begin(), kTypes.end(), *attachment.uti) != kTypes.end()) {
-        return true;
-    }
-    return hasPictureExtension(attachment.name) ||
-           (attachment.path && hasPictureExtension(*attachment.path));
-}
-
 std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
     std::string result;
     for (std::size_t index = 0; index < parts.size(); ++index) {
@@ -74,17 +41,6 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
         result += parts[index];
     }
     return result;
-}
-
-// "A – B", or a half-open "A –" / "– B" when one end is unknown.
-std::string span(const std::string& start, const std::string& end) {
-    if (start.empty()) {
-        return "\u2013 " + end;
-    }
-    if (end.empty()) {
-        return start + " \u2013";
-    }
-    return start + " \u2013 " + end;
 }
 
 } // namespace
@@ -213,7 +169,8 @@ void Layout::layOut(const Transcript& transcript) {
         std::vector<std::string> paths;
         for (const auto& entry : transcript.entries) {
             for (const auto& attachment : entry.attachments) {
-                if (attachment.path && !attachment.path->empty() && isPicture(attachment)) {
+                if (attachment.path && !attachment.path->empty() &&
+                    Presentation::isPicture(attachment)) {
                     paths.push_back(*attachment.path);
                 }
             }
@@ -269,29 +226,8 @@ const Formatting::DateFormatter& Layout::shortDate() {
 }
 
 std::string Layout::dateRangeText(const Transcript& transcript) {
-    if (!transcript.from && !transcript.to) {
-        return m_strings.allDates;
-    }
-    const auto day = [&](const std::optional<Date>& date) {
-        return date ? shortDate().format(*date) : std::string();
-    };
-    const std::string rangeStart = day(transcript.from);
-    const std::string rangeEnd = day(transcript.to);
-    std::string text = span(rangeStart, rangeEnd);
-    const auto first = transcript.firstDate();
-    const auto last = transcript.lastDate();
-    if (first && last && m_strings.includedDates) {
-        const std::string spanStart = day(first);
-        const std::string spanEnd = day(last);
-        // Narrower when it starts or ends on another day than the range, or the range is open
-        // on one side (then the span is what tells where the messages stop).
-        if (spanStart != rangeStart || spanEnd != rangeEnd) {
-            text += '\n';
-            text += m_strings.includedDates(spanStart == spanEnd ? spanStart
-                                                                 : span(spanStart, spanEnd));
-        }
-    }
-    return text;
+    const auto dates = Presentation::dateRange(transcript, m_strings, shortDate());
+    return dates.included ? dates.range + '\n' + *dates.included : dates.range;
 }
 
 void Layout::layOutCover(const Transcript& transcript) {
@@ -415,10 +351,8 @@ void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string
 
 void Layout::appendAttachment(const Attachment& attachment, AttributedText& block,
                               std::vector<Picture>& pictures) {
-    std::error_code error;
-    const bool exists = attachment.path && !attachment.path->empty() &&
-                        std::filesystem::exists(*attachment.path, error);
-    if (exists && m_options.includeImages && isPicture(attachment)) {
+    const auto shown = Presentation::attachment(attachment);
+    if (shown.kind == Presentation::AttachmentShown::Kind::picture && m_options.includeImages) {
         // Without the queue of layOut (a single entry laid out alone), convert here.
         auto jpeg = m_pictures ? m_pictures->take(*attachment.path)
                                : PictureQueue({}, kPictureSettings, m_stop).take(*attachment.path);
@@ -428,23 +362,8 @@ void Layout::appendAttachment(const Attachment& attachment, AttributedText& bloc
             return;
         }
     }
-    std::string line;
-    if (exists) {
-        // A bundle (a folder) has no size of its own; the database's count stands in for it.
-        std::int64_t bytes = attachment.totalBytes;
-        if (std::filesystem::is_regular_file(*attachment.path, error)) {
-            const auto size = std::filesystem::file_size(*attachment.path, error);
-            if (!error) {
-                bytes = static_cast<std::int64_t>(size);
-            }
-        }
-        line = m_strings.attachmentLine(attachment.name,
-                                        Formatting::byteCount(bytes, m_options.locale));
-    } else {
-        line = m_strings.attachmentMissing(attachment.name);
-    }
-    block.append(line, TextStyle{9, false, true, kGray},
-                 paragraphStyle(Alignment::natural, 0, 1.5, 1.5));
+    block.append(Presentation::attachmentLine(attachment, shown, m_strings, m_options.locale),
+                 TextStyle{9, false, true, kGray}, paragraphStyle(Alignment::natural, 0, 1.5, 1.5));
     block.endParagraph();
 }
 

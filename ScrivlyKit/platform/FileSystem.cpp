@@ -1,5 +1,7 @@
 #include "ScrivlyKit/platform/FileSystem.h"
 
+#include "ScrivlyKit/platform/FileDescriptor.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -29,31 +31,7 @@ namespace fs = std::filesystem;
     throw fs::filesystem_error(what, from, to, std::error_code(error, std::generic_category()));
 }
 
-// Owns one open file descriptor.
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
-    ~Descriptor() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return m_descriptor; }
-    explicit operator bool() const { return m_descriptor >= 0; }
-
-    // Closes now, so that a failing close (the last chance to report a write error) is seen.
-    int close() {
-        const int result = ::close(m_descriptor);
-        m_descriptor = -1;
-        return result;
-    }
-
-private:
-    int m_descriptor;
-};
+using Descriptor = FileDescriptor;
 
 // Reads and writes in user space; works between any two descriptors. Answers 0 or an errno.
 int copyByReading(int in, int out) {
@@ -247,6 +225,80 @@ int openError(const std::string& path) noexcept {
     }
     ::close(descriptor);
     return 0;
+}
+
+namespace {
+
+// The permissions a newly created file gets (0666 less the umask), read without changing the
+// umask where the system tells it (Linux); elsewhere the usual umask is assumed.
+mode_t newFileMode() {
+    mode_t mask = 022;
+    if (const File status{std::fopen("/proc/self/status", "r")}) {
+        char line[256];
+        while (std::fgets(line, sizeof line, status.get()) != nullptr) {
+            unsigned int value = 0;
+            if (std::sscanf(line, "Umask: %o", &value) == 1) {
+                mask = static_cast<mode_t>(value);
+                break;
+            }
+        }
+    }
+    return 0666 & ~mask;
+}
+
+void writeAll(int descriptor, std::string_view bytes, const std::string& path) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            throwError("write", path, errno);
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+} // namespace
+
+void writeFileAtomically(const std::string& path, std::string_view bytes) {
+    const fs::path destination(path);
+    if (std::error_code error; fs::is_directory(destination, error)) {
+        throwError("write", path, EISDIR);
+    }
+    fs::path folder = destination.parent_path();
+    if (folder.empty()) {
+        folder = ".";
+    }
+    std::string pattern = (folder / ("." + destination.filename().string() + ".XXXXXX")).string();
+    Descriptor file(::mkstemp(pattern.data()));
+    if (!file) {
+        throwError("write", path, errno);
+    }
+    const std::string& temporary = pattern;
+    try {
+        // An existing file keeps its permissions; a new one gets the usual ones.
+        struct stat existing {};
+        const mode_t mode =
+            ::stat(path.c_str(), &existing) == 0 ? existing.st_mode & 07777 : newFileMode();
+        if (::fchmod(file.get(), mode) != 0) {
+            throwError("write", path, errno);
+        }
+        writeAll(file.get(), bytes, path);
+        if (::fsync(file.get()) != 0 || file.close() != 0) {
+            throwError("write", path, errno);
+        }
+        if (::rename(temporary.c_str(), path.c_str()) != 0) {
+            throwError("write", path, errno);
+        }
+    } catch (...) {
+        ::unlink(temporary.c_str());
+        throw;
+    }
+}
+
+void writeAll(int descriptor, std::string_view bytes) {
+    writeAll(descriptor, bytes, "output");
 }
 
 } // namespace scrivly::FileSystem

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 // The operating system's file calls that the portable library lacks: a fast private copy, folders
@@ -41,5 +42,15 @@ std::string userTemporaryFolder();
 // Opens path read-only with the plain open call and closes it at once, reading nothing.
 // Answers 0 when the open succeeded, else its errno.
 int openError(const std::string& path) noexcept;
+
+// Writes bytes to path whole or not at all: they go to a temporary file beside it, which is
+// flushed to disk and renamed into place, so a failure or an interrupt never leaves a partial
+// file (the temporary one is removed). An existing file keeps its permissions; a new one gets
+// the usual ones. Throws std::filesystem::filesystem_error.
+void writeFileAtomically(const std::string& path, std::string_view bytes);
+
+// Writes all of bytes to an open descriptor, going on after interruptions. Throws
+// std::filesystem::filesystem_error.
+void writeAll(int descriptor, std::string_view bytes);
 
 } // namespace scrivly::FileSystem

@@ -4,6 +4,7 @@
 #include "ScrivlyKit/database/SQLiteConnection.h"
 #include "ScrivlyKit/export/ImageConverter.h"
 #include "ScrivlyKit/records/Date.h"
+#include "ScrivlyKit/text/Regional.h"
 
 #include <cstdint>
 #include <optional>
@@ -38,7 +39,7 @@ public:
     // "~/Library/Messages/Attachments" stands for; timeZone is an IANA name (the system's by
     // default) that decides where the days begin.
     Writer(SQLiteConnection& db, Date now, std::string attachments,
-           std::string timeZone = DayBounds::systemTimeZone());
+           std::string timeZone = Regional::systemTimeZone());
 
     // The row id of the new handle (0 when it cannot be learnt).
     std::int64_t handle(const std::string& address, const std::string& service);

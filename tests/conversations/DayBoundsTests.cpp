@@ -1,5 +1,6 @@
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/conversations/Transcript.h"
+#include "ScrivlyKit/text/Regional.h"
 
 #include <gtest/gtest.h>
 
@@ -161,9 +162,9 @@ TEST(DayBounds, TheLastSecondOfTheDayIsInsideTheNextMidnightIsNot) {
 TEST(DayBounds, SystemTimeZoneFallsBackToUTC) {
     const std::unique_ptr<icu::TimeZone> original(icu::TimeZone::createDefault());
     icu::TimeZone::adoptDefault(icu::TimeZone::createTimeZone("Europe/Paris"));
-    EXPECT_EQ(DayBounds::systemTimeZone(), "Europe/Paris");
+    EXPECT_EQ(Regional::systemTimeZone(), "Europe/Paris");
     icu::TimeZone::setDefault(icu::TimeZone::getUnknown());
-    EXPECT_EQ(DayBounds::systemTimeZone(), "UTC");
+    EXPECT_EQ(Regional::systemTimeZone(), "UTC");
     icu::TimeZone::setDefault(*original);
-    EXPECT_FALSE(DayBounds::systemTimeZone().empty());
+    EXPECT_FALSE(Regional::systemTimeZone().empty());
 }

@@ -1,7 +1,7 @@
 #include "ScrivlyKit/database/ChatDatabase.h"
 #include "ScrivlyKit/database/DatabaseAccess.h"
 #include "ScrivlyKit/database/MessagesReader.h"
-#include "ScrivlyKit/database/Snapshot.h"
+#include "ScrivlyKit/database/PrivateCopy.h"
 #include "tests/database/TestDatabase.h"
 #include "tests/support/Files.h"
 #include "tests/support/TempDir.h"
@@ -40,7 +40,7 @@ protected:
     testing::TempDir dir;
     std::string source = dir.file("live/chat.db");
     std::string scratch = dir.file("scratch/snapshots");
-    MessagesReader reader{source, "/home/x", scratch};
+    MessagesReader reader = MessagesReader::ofDatabase(source, "/home/x", scratch);
 
     void SetUp() override { fs::create_directories(dir.path() / "live"); }
 };
@@ -93,7 +93,7 @@ TEST_F(MessagesReaderTest, ReadsWithoutLogOrSnapshotFolder) {
     const auto before = files(source);
     ASSERT_EQ(before.size(), 1U);
     EXPECT_EQ(reader.messages({1}).size(), 1U);
-    EXPECT_EQ((MessagesReader{source, "", std::nullopt}.chats().size()), 1U);
+    EXPECT_EQ((MessagesReader::ofDatabase(source, "", std::nullopt).chats().size()), 1U);
     EXPECT_EQ(files(source), before);
     EXPECT_TRUE(fs::is_empty(scratch));
 }
@@ -128,7 +128,7 @@ TEST_F(MessagesReaderTest, SnapshotIsPrivateAndSelfContained) {
     const auto into = dir.file("snap");
     fs::create_directories(into + "/stale");
 
-    const auto database = snapshot(source, into, "/home/x");
+    ChatDatabase database(copyDatabase(source, into, "chat.db"), "/home/x", /*immutable=*/true);
     EXPECT_EQ(permissions(into), fs::perms::owner_all);
     EXPECT_EQ(testing::folderEntries(into), std::vector<std::string>{"chat.db"});
     EXPECT_EQ(permissions(into + "/chat.db"), fs::perms::owner_read | fs::perms::owner_write);

@@ -1,6 +1,6 @@
 #include "ScrivlyKit/database/DatabaseAccess.h"
 #include "ScrivlyKit/database/MessagesReader.h"
-#include "ScrivlyKit/database/Snapshot.h"
+#include "ScrivlyKit/database/PrivateCopy.h"
 #include "ScrivlyKit/database/SnapshotLease.h"
 #include "ScrivlyKit/export/ImageConverter.h"
 #include "ScrivlyKit/platform/FileSystem.h"
@@ -64,7 +64,7 @@ protected:
     testing::TempDir dir;
     std::string source = dir.file("chat.db");
     std::string scratch = dir.file("snapshots");
-    MessagesReader reader{source, "/home/x", scratch};
+    MessagesReader reader = MessagesReader::ofDatabase(source, "/home/x", scratch);
 
     // A WAL-mode history of about a megabyte whose newest rows are only in the log.
     void makeHistory() {
@@ -205,7 +205,7 @@ TEST_F(Faults, OnlyTheCopiesOfEndedRunsAreCleanedUp) {
     // Another run, stopped in the middle of its read with its copy on disk.
     testing::Child other([&] {
         const SnapshotLease lease(scratch);
-        const auto database = snapshot(source, lease.path(), "/home/x");
+        ChatDatabase database(copyDatabase(source, lease.path(), "chat.db"), "/home/x", /*immutable=*/true);
         char done = 1;
         (void)::write(ready[1], &done, 1);
         ::pause();

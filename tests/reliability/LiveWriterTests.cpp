@@ -2,7 +2,7 @@
 #include "ScrivlyKit/database/DatabaseCopy.h"
 #include "ScrivlyKit/database/MessagesReader.h"
 #include "ScrivlyKit/database/SQLiteError.h"
-#include "ScrivlyKit/database/Snapshot.h"
+#include "ScrivlyKit/database/PrivateCopy.h"
 #include "ScrivlyKit/database/SnapshotLease.h"
 #include "tests/database/TestDatabase.h"
 #include "tests/reliability/Child.h"
@@ -124,7 +124,7 @@ TEST(LiveWriter, EverySnapshotIsWholeAndNeverGoesBack) {
     });
     ::close(stop[0]);
 
-    const MessagesReader reader{source, "/home/x", scratch};
+    const MessagesReader reader = MessagesReader::ofDatabase(source, "/home/x", scratch);
     const int total = snapshotCount();
     int retries = 0;
     int retriedSnapshots = 0;
@@ -139,7 +139,7 @@ TEST(LiveWriter, EverySnapshotIsWholeAndNeverGoesBack) {
         std::int64_t counted = 0;
         for (;;) {
             try {
-                ChatDatabase database = snapshot(source, lease.path(), "/home/x");
+                ChatDatabase database(copyDatabase(source, lease.path(), "chat.db"), "/home/x", /*immutable=*/true);
                 counted = database.chats().at(0).messageCount;
                 break;
             } catch (const TornCopyError&) {

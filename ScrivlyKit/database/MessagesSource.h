@@ -1,0 +1,46 @@
+#pragma once
+
+#include "ScrivlyKit/database/DatabaseAccess.h"
+
+#include <optional>
+#include <string>
+
+namespace scrivly {
+
+// Where a Messages database comes from: a Mac's chat.db with its home folder, or a phone
+// backup's sms.db. The reader asks it for a private copy of the database and for the files that
+// attachments stand for; everything else is the same for every source.
+class MessagesSource {
+public:
+    virtual ~MessagesSource() = default;
+
+    // The file that is read, as the access probe and error texts name it.
+    virtual const std::string& location() const = 0;
+    virtual DatabaseAccess access() const = 0;
+    // Writes a self-contained copy of the database (its log folded in) into the empty
+    // owner-only folder into and answers the copy's path. Throws TornCopyError when the copy
+    // must be taken again, SQLiteError or a file error otherwise.
+    virtual std::string copyInto(const std::string& into) const = 0;
+    // The file on this computer that an attachment's stored name stands for.
+    virtual std::optional<std::string>
+    attachmentPath(const std::optional<std::string>& stored) const = 0;
+};
+
+// A Messages database file, as on a Mac: a stored "~/" stands for home.
+class DatabaseFile final : public MessagesSource {
+public:
+    DatabaseFile(std::string path, std::string home);
+
+    const std::string& location() const override { return m_path; }
+    const std::string& home() const { return m_home; }
+    DatabaseAccess access() const override;
+    std::string copyInto(const std::string& into) const override;
+    std::optional<std::string>
+    attachmentPath(const std::optional<std::string>& stored) const override;
+
+private:
+    std::string m_path;
+    std::string m_home;
+};
+
+} // namespace scrivly
