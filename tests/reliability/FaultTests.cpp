@@ -1,3 +1,4 @@
+#include "ScrivlyKit/database/ChatDatabase.h"
 #include "ScrivlyKit/database/DatabaseAccess.h"
 #include "ScrivlyKit/database/MessagesReader.h"
 #include "ScrivlyKit/database/PrivateCopy.h"
@@ -205,7 +206,8 @@ TEST_F(Faults, OnlyTheCopiesOfEndedRunsAreCleanedUp) {
     // Another run, stopped in the middle of its read with its copy on disk.
     testing::Child other([&] {
         const SnapshotLease lease(scratch);
-        ChatDatabase database(copyDatabase(source, lease.path(), "chat.db"), "/home/x", /*immutable=*/true);
+        ChatDatabase database(copyDatabase(source, lease.path(), "chat.db"), "/home/x",
+                              /*immutable=*/true);
         char done = 1;
         (void)::write(ready[1], &done, 1);
         ::pause();

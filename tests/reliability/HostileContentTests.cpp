@@ -189,7 +189,8 @@ TEST_P(HostileContent, ExportsKeepEveryMessageWhole) {
         db.member(db.chat("+15550001"), db.handle("+15550001"));
         expected = GetParam().fill(db);
     }
-    const auto reader = MessagesReader::ofDatabase(source, dir.path().string(), dir.file("snapshots"));
+    const auto reader =
+        MessagesReader::ofDatabase(source, dir.path().string(), dir.file("snapshots"));
     const NameBook names({{"+15550001", kTrickyName}});
     auto transcript = Transcript::build(kTrickyName, {kTrickyName}, reader.messages({1}),
                                         std::nullopt, std::nullopt, "Me", names);

@@ -1,8 +1,8 @@
 #include "ScrivlyKit/database/ChatDatabase.h"
 #include "ScrivlyKit/database/DatabaseCopy.h"
 #include "ScrivlyKit/database/MessagesReader.h"
-#include "ScrivlyKit/database/SQLiteError.h"
 #include "ScrivlyKit/database/PrivateCopy.h"
+#include "ScrivlyKit/database/SQLiteError.h"
 #include "ScrivlyKit/database/SnapshotLease.h"
 #include "tests/database/TestDatabase.h"
 #include "tests/reliability/Child.h"
@@ -139,7 +139,8 @@ TEST(LiveWriter, EverySnapshotIsWholeAndNeverGoesBack) {
         std::int64_t counted = 0;
         for (;;) {
             try {
-                ChatDatabase database(copyDatabase(source, lease.path(), "chat.db"), "/home/x", /*immutable=*/true);
+                ChatDatabase database(copyDatabase(source, lease.path(), "chat.db"), "/home/x",
+                                      /*immutable=*/true);
                 counted = database.chats().at(0).messageCount;
                 break;
             } catch (const TornCopyError&) {
