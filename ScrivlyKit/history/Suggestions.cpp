@@ -108,6 +108,10 @@ std::vector<Conversation> likelyConversations(const std::vector<Conversation>& c
             }
         }
     };
+    // The person's own conversation before the groups they are in.
+    addWhere([&](const Conversation& conversation) {
+        return !conversation.isGroup && hasAddress(conversation, text);
+    });
     addWhere([&](const Conversation& conversation) { return hasAddress(conversation, text); });
     addWhere([&](const Conversation& conversation) { return holdsWords(conversation, wanted); });
     addWhere([&](const Conversation& conversation) { return nearlyNamed(conversation, text); });

@@ -1,5 +1,6 @@
 // Whole outputs of the command line on the demonstration history, compared with files kept under
-// tests/data/golden: the transcripts as text, the CSV exports and the text of the PDF exports.
+// tests/data/golden: the transcripts as text, the JSON outputs, the CSV exports and the text of
+// the PDF exports.
 // On a difference the test writes NAME.actual beside the kept file and shows the difference.
 // Regenerating is deliberate: run with SCRIVLY_UPDATE_GOLDEN=1 and read the change.
 
@@ -117,6 +118,16 @@ TEST_F(GoldenTest, CsvExports) {
         text += run({"export", id, "--csv", "-"});
     }
     expectGolden("sample.csv", text);
+}
+
+TEST_F(GoldenTest, JsonOutputs) {
+    std::string text = run({"chats", "--json"}) +
+                       run({"messages", "--chats", "1,2,3,4,5,6,7", "--json"}) +
+                       run({"conversations", "--json"});
+    for (const auto& id : s_ids) {
+        text += run({"transcript", id, "--from", "2026-11-16", "--json"});
+    }
+    expectGolden("sample.json", text);
 }
 
 TEST_F(GoldenTest, PdfExportsText) {
