@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include <ostream>
+#include <unistd.h>
 #include <tuple>
 
 namespace scrivly::cli {
@@ -124,12 +125,12 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         ->type_name("TEXT");
     exportCommand
         ->add_option("--bates-start", invocation.batesStart,
-                     "Number of the first page's Bates label (default 1)")
+                     "Number of the first page's Bates label (default 1; below 0 counts as 0)")
         ->type_name("N");
     std::string paper = "letter";
     exportCommand->add_option("--paper", paper, "Paper size: letter or a4")
         ->type_name("SIZE")
-        ->check(CLI::IsMember({"letter", "a4"}));
+        ->transform(CLI::IsMember({"letter", "a4"}, CLI::ignore_case));
     bool noCover = false;
     bool noImages = false;
     exportCommand->add_flag("--no-cover", noCover, "Leave out the cover page");
@@ -217,6 +218,12 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         }
         if (invocation.output.empty()) {
             throw UsageError("The output file name is empty.");
+        }
+        // A PDF on a terminal is only noise, and can upset it; compressors refuse the same way.
+        if (invocation.format == ExportFormat::pdf && invocation.output == "-" &&
+            ::isatty(STDOUT_FILENO) == 1) {
+            throw UsageError("Not writing a PDF: standard output is a terminal; give a file name "
+                             "or redirect the output.");
         }
         invocation.title = Unicode::trimmed(invocation.title);
         invocation.header = Unicode::trimmed(invocation.header);

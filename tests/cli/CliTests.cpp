@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <memory>
 #include <regex>
+#include <sys/wait.h>
 
 namespace scrivly::testing {
 namespace {
@@ -225,7 +226,7 @@ TEST_F(CliTest, CsvAndJsonExportsWriteToAFileOrStandardOutput) {
 TEST_F(CliTest, PdfExportWritesPagesWithTheChosenOptions) {
     const auto file = m_temp.path() / "garden.pdf";
     const auto outcome = cli({"export", "Garden Club", "--pdf", file.string(), "--title",
-                              " Exhibit 4 ", "--bates-prefix", "CASE-", "--paper", "a4"},
+                              " Exhibit 4 ", "--bates-prefix", "CASE-", "--paper", "A4"},
                              sampleArgs());
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_THAT(readFile(file), StartsWith("%PDF-"));
@@ -247,6 +248,23 @@ TEST_F(CliTest, PdfExportWritesPagesWithTheChosenOptions) {
     const auto toStandardOutput = cli({"export", "Garden Club", "--pdf", "-"}, sampleArgs());
     ASSERT_EQ(toStandardOutput.status, 0) << toStandardOutput.err;
     EXPECT_THAT(toStandardOutput.out, StartsWith("%PDF-"));
+}
+
+TEST_F(CliTest, APdfIsNotWrittenToATerminal) {
+    // script(1) gives the tool a terminal for its standard output.
+    const std::string command = "script -qec \"'" SCRIVLY_CLI_PATH "' --database '" +
+                                sampleDatabase().string() +
+                                "' export 'Garden Club' --pdf -\" /dev/null 2>&1";
+    std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
+    std::string out;
+    char buffer[512];
+    while (std::fgets(buffer, sizeof buffer, pipe.get()) != nullptr) {
+        out += buffer;
+    }
+    const int status = ::pclose(pipe.release());
+    EXPECT_EQ(WEXITSTATUS(status), 2) << out;
+    EXPECT_THAT(out, HasSubstr("standard output is a terminal"));
+    EXPECT_THAT(out, ::testing::Not(HasSubstr("%PDF")));
 }
 
 TEST_F(CliTest, BrokenInputsFailWithTheirReason) {
