@@ -3,12 +3,14 @@
 #include "ScrivlyKit/contacts/AddressBookDatabase.h"
 #include "ScrivlyKit/contacts/ContactsError.h"
 #include "ScrivlyKit/contacts/VCard.h"
+#include "ScrivlyKit/platform/FileSystem.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <unistd.h>
 
 namespace scrivly::ContactSources {
 namespace {
@@ -22,18 +24,18 @@ bool hasVCardExtension(const fs::path& path) {
     return extension == ".vcf" || extension == ".vcard";
 }
 
-struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-
 // Whether the file starts with SQLite's header. A file that cannot be opened is left to the
 // vCard reader, which reports why.
 bool isSQLiteFile(const std::string& path) {
     static constexpr char kHeader[] = "SQLite format 3";
-    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
-    char start[sizeof kHeader] = {};
-    return file && std::fread(start, 1, sizeof start, file.get()) == sizeof start &&
-           std::equal(start, start + sizeof start, kHeader);
+    try {
+        const auto file = FileSystem::openRegularFile(path);
+        char start[sizeof kHeader] = {};
+        return ::pread(file.get(), start, sizeof start, 0) == sizeof start &&
+               std::equal(start, start + sizeof start, kHeader);
+    } catch (const std::filesystem::filesystem_error&) {
+        return false;
+    }
 }
 
 // The files a folder stands for, in the order they are read.

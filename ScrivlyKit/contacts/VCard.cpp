@@ -1,5 +1,7 @@
 #include "ScrivlyKit/contacts/VCard.h"
 
+#include "ScrivlyKit/platform/FileSystem.h"
+
 #include "ScrivlyKit/contacts/ContactsError.h"
 #include "ScrivlyKit/text/Unicode.h"
 
@@ -8,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -513,10 +516,6 @@ private:
     Result m_result;
 };
 
-struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-
 std::string errnoText(int error) {
     return std::generic_category().message(error);
 }
@@ -528,24 +527,11 @@ Result parse(std::string_view bytes, std::string_view source) {
 }
 
 Result readFile(const std::string& path) {
-    errno = 0;
-    std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
-    if (!file) {
-        throw ContactsError(path, errnoText(errno));
+    try {
+        return parse(FileSystem::readRegularFile(path), path);
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw ContactsError(path, errnoText(error.code().value()));
     }
-    std::string bytes;
-    char buffer[1 << 16];
-    for (;;) {
-        const auto got = std::fread(buffer, 1, sizeof buffer, file.get());
-        bytes.append(buffer, got);
-        if (got < sizeof buffer) {
-            if (std::ferror(file.get())) {
-                throw ContactsError(path, errnoText(errno != 0 ? errno : EIO));
-            }
-            break;
-        }
-    }
-    return parse(bytes, path);
 }
 
 std::string fallbackIdentifier(std::string_view source, std::size_t index) {

@@ -1,5 +1,7 @@
 #include "ScrivlyKit/database/DatabaseCopy.h"
 
+#include "ScrivlyKit/platform/FileDescriptor.h"
+
 #include "ScrivlyKit/platform/FileSystem.h"
 
 #include <cerrno>
@@ -41,15 +43,11 @@ FileVersion versionOf(const std::string& path) {
 // the log starts over after a complete checkpoint. Empty when there is no log or it is empty.
 std::string logIdentity(const std::string& wal) {
     // Never blocks: a pipe in the log's place is refused by the copy that follows.
-    const int descriptor = ::open(wal.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) {
-        return {};
-    }
+    const FileDescriptor file(::open(wal.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     char header[32];
-    const bool read = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-                      ::pread(descriptor, header, sizeof header, 0) == sizeof header;
-    ::close(descriptor);
+    const bool read = file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+                      ::pread(file.get(), header, sizeof header, 0) == sizeof header;
     return read ? std::string(header + 12, 4) + std::string(header + 16, 8) : std::string();
 }
 

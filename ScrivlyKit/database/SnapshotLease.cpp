@@ -35,9 +35,9 @@ SnapshotLease::SnapshotLease(const std::string& folder) {
     for (int attempt = 0; attempt < 8; ++attempt) {
         const std::string path = folder + "/" + randomUUID();
         const std::string lock = path + std::string(kLockSuffix);
-        const int descriptor =
-            ::open(lock.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-        if (descriptor < 0) {
+        FileDescriptor descriptor(
+            ::open(lock.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+        if (!descriptor) {
             lastError = errno;
             if (lastError == EEXIST) {
                 continue;
@@ -45,15 +45,14 @@ SnapshotLease::SnapshotLease(const std::string& folder) {
             break;
         }
         int locked = 0;
-        while ((locked = ::flock(descriptor, LOCK_EX)) != 0 && errno == EINTR) {
+        while ((locked = ::flock(descriptor.get(), LOCK_EX)) != 0 && errno == EINTR) {
         }
-        if (locked == 0 && isStillAt(descriptor, lock)) {
+        if (locked == 0 && isStillAt(descriptor.get(), lock)) {
             m_path = path;
-            m_lock = descriptor;
+            m_lock = std::move(descriptor);
             return;
         }
         lastError = locked == 0 ? ENOENT : errno;
-        ::close(descriptor);
     }
     throw fs::filesystem_error("cannot make a snapshot lock", folder,
                                std::error_code(lastError, std::generic_category()));
@@ -64,7 +63,7 @@ SnapshotLease::~SnapshotLease() {
     std::error_code ignored;
     fs::remove_all(m_path, ignored);
     ::unlink((m_path + std::string(kLockSuffix)).c_str());
-    ::close(m_lock);
+    m_lock.reset();
 }
 
 std::size_t removeLeftoverSnapshots(const std::string& folder) noexcept {
@@ -82,12 +81,13 @@ std::size_t removeLeftoverSnapshots(const std::string& folder) noexcept {
             const std::string name = entry.filename().string();
             std::error_code ignored;
             if (name.ends_with(kLockSuffix)) {
-                const int descriptor = ::open(entry.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
-                if (descriptor < 0) {
+                const FileDescriptor descriptor(
+                    ::open(entry.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
+                if (!descriptor) {
                     continue;
                 }
-                if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
-                    isStillAt(descriptor, entry.string())) {
+                if (::flock(descriptor.get(), LOCK_EX | LOCK_NB) == 0 &&
+                    isStillAt(descriptor.get(), entry.string())) {
                     const fs::path subfolder =
                         entry.parent_path() / name.substr(0, name.size() - kLockSuffix.size());
                     if (fs::remove_all(subfolder, ignored) > 0) {
@@ -95,7 +95,6 @@ std::size_t removeLeftoverSnapshots(const std::string& folder) noexcept {
                     }
                     ::unlink(entry.c_str());
                 }
-                ::close(descriptor);
             } else if (fs::is_directory(fs::symlink_status(entry, ignored)) &&
                        !fs::exists(fs::symlink_status(entry.string() + std::string(kLockSuffix),
                                                       ignored))) {

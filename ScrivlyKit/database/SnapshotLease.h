@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ScrivlyKit/platform/FileDescriptor.h"
+
 #include <cstddef>
 #include <string>
 
@@ -25,7 +27,7 @@ public:
 
 private:
     std::string m_path;
-    int m_lock = -1;
+    FileDescriptor m_lock;
 };
 
 // Removes from folder the snapshot subfolders (and their lock files) that no live lease holds:

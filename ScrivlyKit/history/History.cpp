@@ -6,6 +6,7 @@
 #include "ScrivlyKit/database/SQLiteError.h"
 #include "ScrivlyKit/history/Sources.h"
 #include "ScrivlyKit/history/Suggestions.h"
+#include "ScrivlyKit/platform/FileDescriptor.h"
 #include "ScrivlyKit/text/Unicode.h"
 
 #include <cerrno>
@@ -96,15 +97,13 @@ DatabaseAccess History::access() const {
 void History::requireReadable() const {
     const std::string& path = m_reader.source->location();
     // O_NONBLOCK: a pipe given as the database must fail, not wait for a writer.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file) {
         const int error = errno;
         throw SQLiteError::open(std::string(std::strerror(error)) + " (" + path + ")");
     }
     struct stat status {};
-    const bool isFolder = ::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
-    ::close(descriptor);
-    if (isFolder) {
+    if (::fstat(file.get(), &status) == 0 && S_ISDIR(status.st_mode)) {
         throw SQLiteError::open(std::string(std::strerror(EISDIR)) + " (" + path + ")");
     }
 }

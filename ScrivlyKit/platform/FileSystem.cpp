@@ -219,12 +219,8 @@ std::string userTemporaryFolder() {
 
 int openError(const std::string& path) noexcept {
     // O_NONBLOCK: a pipe put where the database should be must not hang the probe.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0) {
-        return errno;
-    }
-    ::close(descriptor);
-    return 0;
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    return file ? 0 : errno;
 }
 
 namespace {
@@ -299,6 +295,42 @@ void writeFileAtomically(const std::string& path, std::string_view bytes) {
 
 void writeAll(int descriptor, std::string_view bytes) {
     writeAll(descriptor, bytes, "output");
+}
+
+FileDescriptor openRegularFile(const std::string& path) {
+    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file) {
+        throwError("open", path, errno);
+    }
+    struct stat status {};
+    if (::fstat(file.get(), &status) != 0) {
+        throwError("open", path, errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throwError("open", path, S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+    }
+    // A regular file never waits; reads go on as usual.
+    ::fcntl(file.get(), F_SETFL, ::fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
+    return file;
+}
+
+std::string readRegularFile(const std::string& path) {
+    const FileDescriptor file = openRegularFile(path);
+    std::string bytes;
+    char buffer[1 << 16];
+    for (;;) {
+        const ssize_t got = ::read(file.get(), buffer, sizeof buffer);
+        if (got < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            throwError("read", path, errno);
+        }
+        if (got == 0) {
+            return bytes;
+        }
+        bytes.append(buffer, static_cast<std::size_t>(got));
+    }
 }
 
 } // namespace scrivly::FileSystem

@@ -7,6 +7,8 @@
 
 // The operating system's file calls that the portable library lacks: a fast private copy, folders
 // only their owner may enter, and the open probe.
+#include "ScrivlyKit/platform/FileDescriptor.h"
+
 namespace scrivly::FileSystem {
 
 // A folder that must hold private copies but could be seen or swapped by someone else. what() is
@@ -52,5 +54,14 @@ void writeFileAtomically(const std::string& path, std::string_view bytes);
 // Writes all of bytes to an open descriptor, going on after interruptions. Throws
 // std::filesystem::filesystem_error.
 void writeAll(int descriptor, std::string_view bytes);
+
+// Opens path for reading only when it is a regular file: the open never waits (a pipe or a
+// device in its place is refused with EINVAL, a folder with EISDIR), and reads from the answer
+// block as usual. Throws std::filesystem::filesystem_error.
+FileDescriptor openRegularFile(const std::string& path);
+
+// The whole content of a regular file, opened as openRegularFile does. Throws
+// std::filesystem::filesystem_error.
+std::string readRegularFile(const std::string& path);
 
 } // namespace scrivly::FileSystem
