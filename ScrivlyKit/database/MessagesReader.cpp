@@ -34,8 +34,9 @@ void withDatabase(const MessagesReader& reader,
 } // namespace
 
 MessagesReader MessagesReader::ofDatabase(const std::string& path, const std::string& home,
-                                          std::optional<std::string> folder) {
-    return MessagesReader{std::make_shared<DatabaseFile>(path, home), std::move(folder)};
+                                          std::optional<std::string> folder,
+                                          SourceDescription::Kind kind) {
+    return MessagesReader{std::make_shared<DatabaseFile>(path, home, kind), std::move(folder)};
 }
 
 std::vector<Chat> MessagesReader::chats() const {
@@ -62,8 +63,15 @@ std::string defaultDatabasePath(const std::string& home) {
     return home + "/Library/Messages/chat.db";
 }
 
-DatabaseFile::DatabaseFile(std::string path, std::string home)
-    : m_path(std::move(path)), m_home(std::move(home)) {}
+DatabaseFile::DatabaseFile(std::string path, std::string home, SourceDescription::Kind kind)
+    : m_path(std::move(path)), m_home(std::move(home)), m_kind(kind) {}
+
+SourceDescription DatabaseFile::description() const {
+    SourceDescription description;
+    description.kind = m_kind;
+    description.path = m_path;
+    return description;
+}
 
 DatabaseAccess DatabaseFile::access() const {
     return scrivly::access(m_path);

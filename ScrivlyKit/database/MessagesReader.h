@@ -2,6 +2,7 @@
 
 #include "ScrivlyKit/records/Chat.h"
 #include "ScrivlyKit/records/Message.h"
+#include "ScrivlyKit/records/SourceDescription.h"
 
 #include <cstdint>
 #include <functional>
@@ -23,8 +24,9 @@ struct MessagesReader {
     std::optional<std::string> folder; // the scratch folder for snapshots
 
     // A reader of a Mac's database file, whose stored "~/" stands for home.
-    static MessagesReader ofDatabase(const std::string& path, const std::string& home,
-                                     std::optional<std::string> folder);
+    static MessagesReader
+    ofDatabase(const std::string& path, const std::string& home, std::optional<std::string> folder,
+               SourceDescription::Kind kind = SourceDescription::Kind::databaseFile);
 
     std::vector<Chat> chats() const;
     std::vector<Message> messages(const std::vector<std::int64_t>& chatIDs) const;

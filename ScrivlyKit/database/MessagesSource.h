@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ScrivlyKit/database/DatabaseAccess.h"
+#include "ScrivlyKit/records/SourceDescription.h"
 
 #include <optional>
 #include <string>
@@ -16,6 +17,8 @@ public:
 
     // The file that is read, as the access probe and error texts name it.
     virtual const std::string& location() const = 0;
+    // What the documents say was read.
+    virtual SourceDescription description() const = 0;
     virtual DatabaseAccess access() const = 0;
     // Writes a self-contained copy of the database (its log folded in) into the empty
     // owner-only folder into and answers the copy's path. Throws TornCopyError when the copy
@@ -29,9 +32,11 @@ public:
 // A Messages database file, as on a Mac: a stored "~/" stands for home.
 class DatabaseFile final : public MessagesSource {
 public:
-    DatabaseFile(std::string path, std::string home);
+    DatabaseFile(std::string path, std::string home,
+                 SourceDescription::Kind kind = SourceDescription::Kind::databaseFile);
 
     const std::string& location() const override { return m_path; }
+    SourceDescription description() const override;
     const std::string& home() const { return m_home; }
     DatabaseAccess access() const override;
     std::string copyInto(const std::string& into) const override;
@@ -41,6 +46,7 @@ public:
 private:
     std::string m_path;
     std::string m_home;
+    SourceDescription::Kind m_kind;
 };
 
 } // namespace scrivly

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ScrivlyKit/records/Reaction.h"
+#include "ScrivlyKit/records/SourceDescription.h"
 
 #include <cstdint>
 #include <functional>
@@ -33,6 +34,12 @@ struct ExportStrings {
     std::string no;
 
     ExportStrings();
+
+    // The English source line of the cover: what was read (the user's own history on a Mac, a
+    // database file by name and folder, the demonstration history, an iPhone backup by device,
+    // iOS version and date), then that Scrivly doesn't change the wording.
+    static std::string englishSourceText(const SourceDescription& source,
+                                         const std::string& locale);
 };
 
 } // namespace scrivly

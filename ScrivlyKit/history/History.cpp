@@ -149,6 +149,8 @@ Transcript History::transcript(const std::string& name, const DayRange& days) co
 ExportStrings History::exportStrings() const {
     ExportStrings strings;
     strings.me = m_settings.me;
+    strings.sourceText =
+        ExportStrings::englishSourceText(m_reader.source->description(), m_settings.locale);
     return strings;
 }
 

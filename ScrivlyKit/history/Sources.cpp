@@ -55,13 +55,16 @@ MessagesReader database(const std::optional<std::string>& path,
         // Copies left by runs that were killed mid-read; those of runs still going stay.
         removeLeftoverSnapshots(*folder);
     }
-    return MessagesReader::ofDatabase(database, attachmentsHome, folder);
+    return MessagesReader::ofDatabase(database, attachmentsHome, folder,
+                                      path ? SourceDescription::Kind::databaseFile
+                                           : SourceDescription::Kind::userHistory);
 }
 
 Sample sample(const std::string& folder, Date now) {
     const auto info = SampleDatabase::create(folder, now);
     return Sample{info.database, info.home,
-                  MessagesReader::ofDatabase(info.database, info.home, std::nullopt),
+                  MessagesReader::ofDatabase(info.database, info.home, std::nullopt,
+                                             SourceDescription::Kind::sample),
                   SampleDatabase::nameBook()};
 }
 

@@ -1,4 +1,5 @@
 #include "ScrivlyKit/export/ExportOptions.h"
+#include "ScrivlyKit/export/ExportStrings.h"
 
 #include <gtest/gtest.h>
 
@@ -44,6 +45,53 @@ TEST(ExportOptions, BatesLabels) {
         options.batesDigits = row.digits;
         EXPECT_EQ(options.batesLabel(row.page), row.expected);
     }
+}
+
+// Away from a Mac, the cover names what was read and a missing file is not "on this Mac".
+TEST(ExportStrings, TextsAreTrueOfWhereScrivlyRuns) {
+    using Kind = SourceDescription::Kind;
+    SourceDescription backup;
+    backup.kind = Kind::backup;
+    backup.path = "/backups/0001";
+    backup.deviceName = "Maya’s iPhone";
+    backup.productVersion = "17.5";
+    backup.backupDate = Date::fromUnixSeconds(1'795'608'000);
+    const std::string unchanged =
+        " Scrivly lays the messages out; it doesn’t change their wording.";
+    const struct {
+        const char* name;
+        SourceDescription source;
+        std::string expected;
+    } cases[] = {
+        {"own history",
+         {Kind::userHistory, "/home/ann/Library/Messages/chat.db", {}, {}, {}},
+#ifdef __APPLE__
+         "The Messages history on this Mac, read by Scrivly."
+#else
+         "The Messages database chat.db in /home/ann/Library/Messages, read by Scrivly."
+#endif
+        },
+        {"a copied database",
+         {Kind::databaseFile, "/media/usb/chat.db", {}, {}, {}},
+         "The Messages database chat.db in /media/usb, read by Scrivly."},
+        {"the sample",
+         {Kind::sample, "/tmp/s/chat.db", {}, {}, {}},
+         "The demonstration history, read by Scrivly."},
+        {"a backup", backup,
+         "The iPhone backup of “Maya’s iPhone” (iOS 17.5), made November 25, 2026 at 12:00\u202FPM "
+         "UTC, read by Scrivly."},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.name);
+        EXPECT_EQ(ExportStrings::englishSourceText(test.source, "en_US"),
+                  test.expected + unchanged);
+    }
+#ifdef __APPLE__
+    EXPECT_EQ(ExportStrings().attachmentMissing("a.pdf"), "Attachment not on this Mac: a.pdf");
+#else
+    EXPECT_EQ(ExportStrings().attachmentMissing("a.pdf"),
+              "Attachment not found on this computer: a.pdf");
+#endif
 }
 
 TEST(ExportOptionsDeathTest, BatesNumberOverflowStops) {
