@@ -1,5 +1,6 @@
 #include "ScrivlyKit/pdf/PDFDraw.h"
 
+#include "ScrivlyKit/pdf/PageGeometry.h"
 #include "ScrivlyKit/text/Unicode.h"
 
 #include <cairo-pdf.h>
@@ -15,9 +16,7 @@ namespace {
 
 using Kind = PDFExport::Placed::Kind;
 
-constexpr double kBarWidth = 2.5;
-constexpr double kBarOffset = 10;
-constexpr double kBarInset = 3;
+constexpr double kBarInset = 3; // below the top of its message's text
 constexpr double kBarAlpha = 0.55;
 constexpr double kRuleWidth = 0.5;
 
@@ -49,7 +48,8 @@ void drawBar(cairo_t* cairo, const Rect& frame, const Color& color, double inset
         return;
     }
     setColor(cairo, color, kBarAlpha);
-    cairo_rectangle(cairo, frame.x - kBarOffset, frame.y + inset, kBarWidth, height);
+    cairo_rectangle(cairo, frame.x - PageGeometry::kBarOffset, frame.y + inset,
+                    PageGeometry::kBarWidth, height);
     cairo_fill(cairo);
 }
 
@@ -84,8 +84,8 @@ void drawPage(Layout& layout, cairo_t* cairo, std::size_t index) {
         layout.setter().drawLine(cairo, line.text, line.style, line.x, line.baseline);
     }
     if (layout.headerRows() > 0) {
-        drawRule(cairo, Layout::kMargin, (layout.headerRows() - 1) * 11 + 66,
-                 page.width - 2 * Layout::kMargin);
+        drawRule(cairo, PageGeometry::kMargin, PageGeometry::headerRule(layout.headerRows()),
+                 PageGeometry::textWidth(page));
     }
     const PageItem* previous = nullptr;
     for (const PageItem& item : layout.pages()[index]) {

@@ -29,8 +29,6 @@ DocumentLayout layout(const Transcript& transcript, const ExportOptions& options
     DocumentLayout document;
     document.page = pass.page();
     document.headerRows = pass.headerRows();
-    document.footerRows = pass.footerRows();
-    document.pageAtLeft = pass.pageAtLeft();
     document.textTop = pass.textTop();
     document.bottomLimit = pass.bottomLimit();
     for (std::size_t index = 0; index < pass.pages().size(); ++index) {

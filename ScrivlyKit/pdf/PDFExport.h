@@ -53,7 +53,6 @@ struct Rect {
     double height = 0;
 
     double bottom() const { return y + height; }
-    bool operator==(const Rect&) const = default;
 };
 
 // An sRGB colour, components 0 to 1.
@@ -95,8 +94,6 @@ struct PageLayout {
 struct DocumentLayout {
     PageSize page;
     int headerRows = 0;
-    int footerRows = 1;
-    bool pageAtLeft = false;
     double textTop = 0;     // top of the text area on every page
     double bottomLimit = 0; // lowest point text may reach
     std::vector<PageLayout> pages;

@@ -3,6 +3,7 @@
 #include "ScrivlyKit/export/ImageConverter.h"
 #include "ScrivlyKit/export/Presentation.h"
 #include "ScrivlyKit/export/ReactionSummary.h"
+#include "ScrivlyKit/pdf/PageGeometry.h"
 #include "ScrivlyKit/text/Unicode.h"
 
 #include <algorithm>
@@ -17,6 +18,7 @@ namespace scrivly::pdf {
 namespace {
 
 using Kind = PDFExport::Placed::Kind;
+using PageGeometry::kMargin;
 
 constexpr std::array<Color, 5> kPalette{{
     {0.13, 0.55, 0.27},
@@ -26,7 +28,6 @@ constexpr std::array<Color, 5> kPalette{{
     {0.72, 0.2, 0.3},
 }};
 
-constexpr double kBodyIndent = 12;
 constexpr double kPictureMaxWidth = 250;
 constexpr double kPictureMaxHeight = 280;
 // Enough pixels for the printed size at 300 dpi and more.
@@ -55,16 +56,16 @@ Layout::Layout(const ExportOptions& options, const ExportStrings& strings,
 }
 
 double Layout::textTop() const {
-    return m_headerRows == 0 ? kMargin : kMargin + 26 + (m_headerRows - 1) * 11;
+    return PageGeometry::textTop(m_headerRows);
 }
 
 double Layout::bottomLimit() const {
-    return m_page.height - kMargin - 22 - (m_footerRows - 1) * 12;
+    return PageGeometry::bottomLimit(m_page, m_footerRows);
 }
 
 void Layout::measureChrome() {
     const TextStyle style{8.5, false, false, kGray};
-    const double textWidth = m_page.width - 2 * kMargin;
+    const double textWidth = PageGeometry::textWidth(m_page);
     const std::string header = Unicode::trimmed(m_options.header);
     const std::string title = Unicode::trimmed(m_options.documentTitle);
     const auto line = [&](std::string role, const std::string& text, double maxWidth,
@@ -74,7 +75,7 @@ void Layout::measureChrome() {
                       baseline,        {}};
         chrome.metrics = m_setter.measureLine(chrome.text, style);
         if (atRight) {
-            chrome.x = m_page.width - kMargin - chrome.metrics.width;
+            chrome.x = PageGeometry::rightAligned(m_page, chrome.metrics.width);
         }
         m_headerLines.push_back(std::move(chrome));
     };
@@ -82,20 +83,21 @@ void Layout::measureChrome() {
         m_headerRows = 0;
     } else if (header.empty() || title.empty()) {
         m_headerRows = 1;
-        line(header.empty() ? "title" : "header", header.empty() ? title : header, textWidth, 58,
-             false);
+        line(header.empty() ? "title" : "header", header.empty() ? title : header, textWidth,
+             PageGeometry::headerBaseline(0), false);
     } else {
         const double headerWidth = m_setter.measureLine(header, style).width;
         const double titleWidth = m_setter.measureLine(title, style).width;
-        if (textWidth < headerWidth + titleWidth + 18) {
+        if (textWidth < headerWidth + titleWidth + PageGeometry::kChromeGap) {
             m_headerRows = 2;
-            line("header", header, textWidth, 58, false);
-            line("title", title, textWidth, 69, false);
+            line("header", header, textWidth, PageGeometry::headerBaseline(0), false);
+            line("title", title, textWidth, PageGeometry::headerBaseline(1), false);
         } else {
             m_headerRows = 1;
             const double titleShare = std::min(titleWidth, textWidth * 0.5);
-            line("header", header, textWidth - titleShare - 18, 58, false);
-            line("title", title, textWidth * 0.5, 58, true);
+            line("header", header, textWidth - titleShare - PageGeometry::kChromeGap,
+                 PageGeometry::headerBaseline(0), false);
+            line("title", title, textWidth * 0.5, PageGeometry::headerBaseline(0), true);
         }
     }
 
@@ -104,10 +106,10 @@ void Layout::measureChrome() {
         const double pageWidth = m_setter.measureLine(m_strings.pageOf(8888, 8888), style).width;
         const double batesWidth =
             m_setter.measureLine(*sample, TextStyle{9, true, false, kGray}).width;
-        const double limit = m_page.width - kMargin - batesWidth;
-        if (m_page.width * 0.5 + pageWidth * 0.5 + 18 <= limit) {
+        const double limit = PageGeometry::rightAligned(m_page, batesWidth);
+        if (m_page.width * 0.5 + pageWidth * 0.5 + PageGeometry::kChromeGap <= limit) {
             m_pageAtLeft = false;
-        } else if (kMargin + pageWidth + 18 <= limit) {
+        } else if (kMargin + pageWidth + PageGeometry::kChromeGap <= limit) {
             m_pageAtLeft = true;
         } else {
             m_footerRows = 2;
@@ -118,13 +120,14 @@ void Layout::measureChrome() {
 std::vector<Chrome> Layout::chrome(std::size_t pageIndex) {
     std::vector<Chrome> lines = m_headerLines;
     const auto page = static_cast<std::int64_t>(pageIndex) + 1;
-    const double pageBaseline = m_page.height - kMargin + 8;
     if (m_strings.pageOf) {
         const TextStyle style{8.5, false, false, kGray};
-        Chrome number{
-            "page",       m_strings.pageOf(page, static_cast<std::int64_t>(m_pages.size())),
-            style,        kMargin,
-            pageBaseline, {}};
+        Chrome number{"page",
+                      m_strings.pageOf(page, static_cast<std::int64_t>(m_pages.size())),
+                      style,
+                      kMargin,
+                      PageGeometry::footerBaseline(m_page, 0),
+                      {}};
         number.metrics = m_setter.measureLine(number.text, style);
         if (!m_pageAtLeft) {
             number.x = m_page.width * 0.5 - number.metrics.width * 0.5;
@@ -137,10 +140,10 @@ std::vector<Chrome> Layout::chrome(std::size_t pageIndex) {
                      std::move(*label),
                      style,
                      0,
-                     m_footerRows == 2 ? pageBaseline - 12 : pageBaseline,
+                     PageGeometry::footerBaseline(m_page, m_footerRows == 2 ? 1 : 0),
                      {}};
         bates.metrics = m_setter.measureLine(bates.text, style);
-        bates.x = m_page.width - kMargin - bates.metrics.width;
+        bates.x = PageGeometry::rightAligned(m_page, bates.metrics.width);
         lines.push_back(std::move(bates));
     }
     return lines;
@@ -266,8 +269,9 @@ void Layout::layOutCover(const Transcript& transcript) {
     row(m_strings.timeZone, Formatting::timeZoneName(m_options.timeZone, m_options.locale));
     row(m_strings.source, m_strings.sourceText);
 
-    m_y = textTop() + 60;
-    placeText(kMargin, m_page.width - 2 * kMargin, 30, std::move(cover), std::nullopt);
+    m_y = textTop() + PageGeometry::kCoverTop;
+    placeText(kMargin, PageGeometry::textWidth(m_page), PageGeometry::kCoverKeep, std::move(cover),
+              std::nullopt);
     newPage();
 }
 
@@ -297,22 +301,22 @@ Color Layout::colorOf(const TranscriptEntry& entry) {
 }
 
 void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string>& previousDay) {
-    const double textWidth = m_page.width - 2 * kMargin;
     std::string day = dayFormat().format(entry.date);
     if (!previousDay || *previousDay != day) {
-        if (bottomLimit() - m_y < 70 && !pageIsEmpty()) {
+        if (bottomLimit() - m_y < PageGeometry::kDayKeep && !pageIsEmpty()) {
             newPage();
         }
         if (!pageIsEmpty()) {
-            placeRule(m_y + 8);
-            m_y += 6;
+            placeRule(m_y + PageGeometry::kDayRuleBelow);
+            m_y += PageGeometry::kDayRuleSpace;
         }
         // The spacing before keeps the day clear of the rule above it.
         AttributedText dayLine;
         dayLine.append(day, TextStyle{9.5, true, false, kGray},
                        paragraphStyle(Alignment::center, 6, 0, 1.5));
-        placeText(kMargin, textWidth, 60, std::move(dayLine), std::nullopt);
-        m_y += 4;
+        placeText(kMargin, PageGeometry::textWidth(m_page), PageGeometry::kDayLineKeep,
+                  std::move(dayLine), std::nullopt);
+        m_y += PageGeometry::kDayLineSpace;
         previousDay = std::move(day);
     }
 
@@ -341,9 +345,10 @@ void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string
     }
 
     if (!pageIsEmpty()) {
-        m_y += 5;
+        m_y += PageGeometry::kMessageSpace;
     }
-    placeText(kMargin + kBodyIndent, m_page.width - 120, 14, std::move(block), color);
+    placeText(PageGeometry::bodyX(), PageGeometry::bodyWidth(m_page), PageGeometry::kMessageKeep,
+              std::move(block), color);
     for (const Picture& picture : pictures) {
         placePicture(picture, color);
     }
@@ -423,18 +428,18 @@ void Layout::placeText(double x, double width, double keep, AttributedText text,
 }
 
 void Layout::placePicture(const Picture& picture, Color bar) {
-    const double maxWidth = std::min(m_page.width - 120, kPictureMaxWidth);
+    const double maxWidth = std::min(PageGeometry::bodyWidth(m_page), kPictureMaxWidth);
     const double maxHeight = std::min(bottomLimit() - textTop(), kPictureMaxHeight);
     const double scale = std::min({maxWidth / picture.width, maxHeight / picture.height, 1.0});
     const double width = picture.width * scale;
     const double height = picture.height * scale;
-    if (bottomLimit() - m_y < height + 6 && !pageIsEmpty()) {
+    if (bottomLimit() - m_y < height + PageGeometry::kPictureKeep && !pageIsEmpty()) {
         newPage();
     }
-    m_y += 4;
+    m_y += PageGeometry::kPictureSpace;
     PageItem item;
     item.kind = Kind::image;
-    item.frame = Rect{kMargin + kBodyIndent, m_y, width, height};
+    item.frame = Rect{PageGeometry::bodyX(), m_y, width, height};
     item.bar = bar;
     item.jpeg = picture.jpeg;
     item.pixelWidth = picture.width;
@@ -446,7 +451,7 @@ void Layout::placePicture(const Picture& picture, Color bar) {
 void Layout::placeRule(double y) {
     PageItem item;
     item.kind = Kind::rule;
-    item.frame = Rect{kMargin, y, m_page.width - 2 * kMargin, 0};
+    item.frame = Rect{kMargin, y, PageGeometry::textWidth(m_page), 0};
     m_pages.back().push_back(std::move(item));
 }
 

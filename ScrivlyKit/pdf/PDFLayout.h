@@ -49,7 +49,6 @@ struct Chrome {
 // with the text setter, and measures the chrome of every page. Used for one export only.
 class Layout {
 public:
-    static constexpr double kMargin = 54;
     static constexpr Color kInk{0.08, 0.08, 0.08};
     static constexpr Color kGray{0.42, 0.42, 0.42};
     static constexpr Color kLight{0.78, 0.78, 0.78};
@@ -66,8 +65,6 @@ public:
     const std::vector<std::vector<PageItem>>& pages() const { return m_pages; }
     PageSize page() const { return m_page; }
     int headerRows() const { return m_headerRows; }
-    int footerRows() const { return m_footerRows; }
-    bool pageAtLeft() const { return m_pageAtLeft; }
     double textTop() const;
     double bottomLimit() const;
     const ExportOptions& options() const { return m_options; }

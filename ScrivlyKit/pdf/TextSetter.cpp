@@ -1,39 +1,19 @@
 #include "ScrivlyKit/pdf/TextSetter.h"
 
+#include "ScrivlyKit/pdf/Graphemes.h"
 #include "ScrivlyKit/text/Unicode.h"
 
-#include <cairo-ft.h>
 #include <cairo.h>
 #include <pango/pangocairo.h>
-#include <unicode/ubrk.h>
-#include <unicode/utext.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <tuple>
 
 namespace scrivly::pdf {
 
-void CairoDeleter::operator()(cairo_t* cairo) const noexcept {
-    cairo_destroy(cairo);
-}
-void CairoSurfaceDeleter::operator()(cairo_surface_t* surface) const noexcept {
-    cairo_surface_destroy(surface);
-}
-void GObjectDeleter::operator()(void* object) const noexcept {
-    g_object_unref(object);
-}
-void FontDescriptionDeleter::operator()(PangoFontDescription* description) const noexcept {
-    pango_font_description_free(description);
-}
-
 namespace {
-
-struct LayoutIterDeleter {
-    void operator()(PangoLayoutIter* iter) const noexcept { pango_layout_iter_free(iter); }
-};
-using LayoutIterPtr = std::unique_ptr<PangoLayoutIter, LayoutIterDeleter>;
 
 double points(int units) {
     return static_cast<double>(units) / PANGO_SCALE;
@@ -109,68 +89,6 @@ void appendRange(std::string& out, const Paragraph& paragraph, std::size_t start
     }
 }
 
-struct BreakIteratorDeleter {
-    void operator()(UBreakIterator* iterator) const noexcept { ubrk_close(iterator); }
-};
-struct UTextDeleter {
-    void operator()(UText* text) const noexcept { utext_close(text); }
-};
-
-// The boundaries of the characters as the user perceives them (grapheme clusters) in UTF-8 text,
-// which must outlive it. Where ICU is unavailable, code point boundaries stand in.
-class Graphemes {
-public:
-    explicit Graphemes(std::string_view text) : m_text(text) {
-        if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-            return;
-        }
-        UErrorCode status = U_ZERO_ERROR;
-        m_utext.reset(
-            utext_openUTF8(nullptr, text.data(), static_cast<std::int64_t>(text.size()), &status));
-        m_iterator.reset(ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &status));
-        if (U_SUCCESS(status)) {
-            ubrk_setUText(m_iterator.get(), m_utext.get(), &status);
-        }
-        if (U_FAILURE(status)) {
-            m_iterator.reset();
-        }
-    }
-
-    // The last boundary at or before offset.
-    std::size_t atOrBefore(std::size_t offset) {
-        if (m_iterator == nullptr) {
-            while (offset > 0 && offset < m_text.size() && (m_text[offset] & 0xC0) == 0x80) {
-                --offset;
-            }
-            return offset;
-        }
-        const auto position = static_cast<std::int32_t>(offset);
-        if (ubrk_isBoundary(m_iterator.get(), position)) {
-            return offset;
-        }
-        const std::int32_t found = ubrk_preceding(m_iterator.get(), position);
-        return found == UBRK_DONE ? 0 : static_cast<std::size_t>(found);
-    }
-
-    // The first boundary after offset.
-    std::size_t after(std::size_t offset) {
-        if (m_iterator == nullptr) {
-            do {
-                ++offset;
-            } while (offset < m_text.size() && (m_text[offset] & 0xC0) == 0x80);
-            return std::min(offset, m_text.size());
-        }
-        const std::int32_t found =
-            ubrk_following(m_iterator.get(), static_cast<std::int32_t>(offset));
-        return found == UBRK_DONE ? m_text.size() : static_cast<std::size_t>(found);
-    }
-
-private:
-    std::string_view m_text;
-    std::unique_ptr<UText, UTextDeleter> m_utext;
-    std::unique_ptr<UBreakIterator, BreakIteratorDeleter> m_iterator;
-};
-
 PangoContextPtr newContext(PangoFontMap* fontMap, const std::string& language,
                            PangoDirection direction) {
     PangoContextPtr context(pango_font_map_create_context(fontMap));
@@ -179,11 +97,10 @@ PangoContextPtr newContext(PangoFontMap* fontMap, const std::string& language,
     }
     // Unhinted metrics and unrounded positions: what is measured here is exactly what the PDF
     // shows, at any zoom.
-    cairo_font_options_t* fontOptions = cairo_font_options_create();
-    cairo_font_options_set_hint_metrics(fontOptions, CAIRO_HINT_METRICS_OFF);
-    cairo_font_options_set_hint_style(fontOptions, CAIRO_HINT_STYLE_NONE);
-    pango_cairo_context_set_font_options(context.get(), fontOptions);
-    cairo_font_options_destroy(fontOptions);
+    const CairoFontOptionsPtr fontOptions(cairo_font_options_create());
+    cairo_font_options_set_hint_metrics(fontOptions.get(), CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(fontOptions.get(), CAIRO_HINT_STYLE_NONE);
+    pango_cairo_context_set_font_options(context.get(), fontOptions.get());
     pango_cairo_context_set_resolution(context.get(), 72);
     pango_context_set_round_glyph_positions(context.get(), FALSE);
     pango_context_set_language(context.get(),
@@ -192,7 +109,95 @@ PangoContextPtr newContext(PangoFontMap* fontMap, const std::string& language,
     return context;
 }
 
+// The foreground colour attribute of a run, when it has one.
+const PangoColor* runColor(const PangoGlyphItem* run) {
+    for (GSList* node = run->item->analysis.extra_attrs; node != nullptr; node = node->next) {
+        const auto* attribute = static_cast<const PangoAttribute*>(node->data);
+        if (attribute->klass->type == PANGO_ATTR_FOREGROUND) {
+            return &reinterpret_cast<const PangoAttrColor*>(attribute)->color;
+        }
+    }
+    return nullptr;
+}
+
+void setColor(cairo_t* cairo, const PangoColor& color) {
+    cairo_set_source_rgb(cairo, color.red / 65535.0, color.green / 65535.0, color.blue / 65535.0);
+}
+
+// Whether a paragraph might fit on one line of the width: its text is not too long for that at
+// its largest font size, assuming an average character of less than half an em.
+bool mayFitOnALine(const Paragraph& paragraph, std::size_t length, double width) {
+    double largest = 0;
+    for (const Run& run : paragraph.runs) {
+        largest = std::max(largest, run.style.size);
+    }
+    return static_cast<double>(length) * largest * 0.45 <= width;
+}
+
+// Where Pango puts a line of a layout of the given width (Pango units), as its alignment and
+// direction have it: right-to-left lines of a naturally aligned paragraph stand at the right.
+int alignmentOffset(Alignment alignment, bool rightToLeft, int layoutWidth, int lineWidth) {
+    if (alignment == Alignment::center) {
+        int offset = (layoutWidth - lineWidth) / 2;
+        if (((layoutWidth | lineWidth) & (PANGO_SCALE - 1)) == 0) {
+            offset = PANGO_UNITS_ROUND(offset);
+        }
+        return offset;
+    }
+    return rightToLeft ? layoutWidth - lineWidth : 0;
+}
+
+// Appends the lines of a layout of the bytes from start of a paragraph; the width of the last
+// one goes to lastWidth when asked for.
+void collectLines(PangoLayout* layout, std::size_t paragraph, std::size_t start,
+                  std::vector<std::pair<LineBox, PangoLayoutLine*>>& lines, int* lastWidth) {
+    lines.clear();
+    const LayoutIterPtr iter(pango_layout_get_iter(layout));
+    do {
+        PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
+        PangoRectangle logical;
+        pango_layout_iter_get_line_extents(iter.get(), nullptr, &logical);
+        const int baseline = pango_layout_iter_get_baseline(iter.get());
+        LineBox box;
+        box.paragraph = paragraph;
+        box.start = start + static_cast<std::size_t>(line->start_index);
+        box.length = static_cast<std::size_t>(line->length);
+        box.x = points(logical.x);
+        box.height = points(logical.height);
+        box.ascent = points(baseline - logical.y);
+        lines.emplace_back(box, line);
+        if (lastWidth != nullptr) {
+            *lastWidth = logical.width;
+        }
+    } while (pango_layout_iter_next_line(iter.get()));
+}
+
 } // namespace
+
+// What drawing and setting reuse from one text to the next.
+struct TextSetter::Scratch {
+    GlyphStore shaped;                  // the text being set, copied out when done
+    std::vector<PangoGlyphInfo> glyphs; // a compact run unpacked for Pango
+    std::vector<int> clusters;
+    std::string paragraph; // the text of a paragraph of several runs, while its lines are drawn
+    std::uint64_t paragraphSerial = 0;
+    std::size_t paragraphIndex = 0;
+};
+
+TextSetter::TextSetter(const std::string& language, std::size_t keptShapeBytes)
+    : m_keptShapeBytes(keptShapeBytes) {
+    m_fontMap.reset(pango_cairo_font_map_new());
+    if (m_fontMap == nullptr) {
+        throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
+    }
+    m_context = newContext(m_fontMap.get(), language, PANGO_DIRECTION_WEAK_LTR);
+    m_ltrContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_LTR);
+    m_rtlContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_RTL);
+    m_item.reset(pango_item_new());
+    m_scratch = std::make_unique<Scratch>();
+}
+
+TextSetter::~TextSetter() = default;
 
 double SetText::height(std::size_t first, std::size_t count) const {
     double total = 0;
@@ -228,10 +233,6 @@ std::string SetText::characters(std::size_t first, std::size_t count) const {
         appendRange(result, text.paragraphs()[line.paragraph], line.start, line.length);
     }
     return result;
-}
-
-void PangoItemDeleter::operator()(PangoItem* item) const noexcept {
-    pango_item_free(item);
 }
 
 const PangoFontDescription* TextSetter::font(const TextStyle& style) {
@@ -305,211 +306,6 @@ PangoLayoutPtr TextSetter::makeLayout(const Paragraph& paragraph, std::size_t st
     return layout;
 }
 
-// A run of a line in one font and colour. Its glyphs are kept compactly, Shaped::glyphs
-// [firstGlyph, firstGlyph + glyphCount), or, when one of them does not fit that form, as Pango
-// has them, Shaped::wideGlyphs and wideClusters from firstGlyph. 32 bytes: a long conversation
-// keeps hundreds of thousands of runs.
-struct GlyphRun {
-    std::uint32_t offset = 0; // bytes of the run in its paragraph's text
-    std::uint32_t length = 0;
-    std::uint32_t firstGlyph = 0;
-    std::uint32_t glyphCount = 0;
-    std::uint32_t face = 0; // font and language, in the setter's table of them
-    std::uint16_t red = 0;
-    std::uint16_t green = 0;
-    std::uint16_t blue = 0;
-    std::uint8_t level = 0; // bidirectional embedding level
-    std::uint8_t gravity = 0;
-    std::uint8_t script = 0;
-    bool colored = false; // when false the run takes the colour of the one before
-    bool wide = false;
-    bool colorGlyphs = false; // Pango marked every glyph as a colour glyph
-};
-
-// The common glyph in 6 bytes instead of Pango's 24: a glyph number below 65536, an advance of
-// less than 32 points, no offsets from its pen position, a cluster starting less than 64 KB into
-// its run, and the cluster-start mark that Pango derives from the clusters.
-struct CompactGlyph {
-    std::uint16_t glyph = 0;
-    std::uint16_t cluster = 0; // byte offset of its characters in the run
-    std::int16_t width = 0;    // advance, Pango units
-};
-
-struct Shaped {
-    std::vector<GlyphRun> runs;
-    std::vector<CompactGlyph> glyphs;
-    std::vector<PangoGlyphInfo> wideGlyphs;
-    std::vector<int> wideClusters; // Pango's log clusters: byte offsets in the run of each glyph
-
-    std::size_t bytes() const {
-        return sizeof(Shaped) + runs.size() * sizeof(GlyphRun) +
-               glyphs.size() * sizeof(CompactGlyph) +
-               wideGlyphs.size() * (sizeof(PangoGlyphInfo) + sizeof(int));
-    }
-
-    void clear() {
-        runs.clear();
-        glyphs.clear();
-        wideGlyphs.clear();
-        wideClusters.clear();
-    }
-
-    // Exactly as large as they need to be: kept shapes add up over a long document.
-    std::shared_ptr<const Shaped> copy() const {
-        auto result = std::make_shared<Shaped>();
-        result->runs.assign(runs.begin(), runs.end());
-        result->glyphs.assign(glyphs.begin(), glyphs.end());
-        result->wideGlyphs.assign(wideGlyphs.begin(), wideGlyphs.end());
-        result->wideClusters.assign(wideClusters.begin(), wideClusters.end());
-        return result;
-    }
-
-    void keep(GlyphRun& run, const PangoGlyphString& shaped) {
-        const auto count = static_cast<std::size_t>(shaped.num_glyphs);
-        run.glyphCount = static_cast<std::uint32_t>(count);
-        bool compact = true;
-        std::size_t colorCount = 0;
-        for (std::size_t index = 0; index < count && compact; ++index) {
-            const PangoGlyphInfo& glyph = shaped.glyphs[index];
-            const int cluster = shaped.log_clusters[index];
-            const bool clusterStart = index == 0 || cluster != shaped.log_clusters[index - 1];
-            compact = glyph.glyph <= 0xFFFF && cluster >= 0 && cluster <= 0xFFFF &&
-                      glyph.geometry.width >= std::numeric_limits<std::int16_t>::min() &&
-                      glyph.geometry.width <= std::numeric_limits<std::int16_t>::max() &&
-                      glyph.geometry.x_offset == 0 && glyph.geometry.y_offset == 0 &&
-                      glyph.attr.is_cluster_start == (clusterStart ? 1U : 0U);
-            colorCount += glyph.attr.is_color;
-        }
-        compact = compact && (colorCount == 0 || colorCount == count);
-        run.wide = !compact;
-        run.colorGlyphs = colorCount > 0;
-        if (run.wide) {
-            run.firstGlyph = static_cast<std::uint32_t>(wideGlyphs.size());
-            wideGlyphs.insert(wideGlyphs.end(), shaped.glyphs, shaped.glyphs + count);
-            wideClusters.insert(wideClusters.end(), shaped.log_clusters,
-                                shaped.log_clusters + count);
-            return;
-        }
-        run.firstGlyph = static_cast<std::uint32_t>(glyphs.size());
-        for (std::size_t index = 0; index < count; ++index) {
-            const PangoGlyphInfo& glyph = shaped.glyphs[index];
-            glyphs.push_back(CompactGlyph{static_cast<std::uint16_t>(glyph.glyph),
-                                          static_cast<std::uint16_t>(shaped.log_clusters[index]),
-                                          static_cast<std::int16_t>(glyph.geometry.width)});
-        }
-    }
-};
-
-// What drawing and setting reuse from one text to the next.
-struct TextSetter::Scratch {
-    Shaped shaped;                      // the text being set, copied out when done
-    std::vector<PangoGlyphInfo> glyphs; // a compact run unpacked for Pango
-    std::vector<int> clusters;
-    std::string paragraph; // the text of a paragraph of several runs, while its lines are drawn
-    std::uint64_t paragraphSerial = 0;
-    std::size_t paragraphIndex = 0;
-};
-
-TextSetter::TextSetter(const std::string& language, std::size_t keptShapeBytes)
-    : m_keptShapeBytes(keptShapeBytes) {
-    m_fontMap.reset(pango_cairo_font_map_new());
-    if (m_fontMap == nullptr) {
-        throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
-    }
-    m_context = newContext(m_fontMap.get(), language, PANGO_DIRECTION_WEAK_LTR);
-    m_ltrContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_LTR);
-    m_rtlContext = newContext(m_fontMap.get(), language, PANGO_DIRECTION_RTL);
-    m_item.reset(pango_item_new());
-    m_scratch = std::make_unique<Scratch>();
-}
-
-TextSetter::~TextSetter() = default;
-
-namespace {
-
-// Colour glyphs are drawn at this many pixels per point: about 430 pixels per inch.
-constexpr double kColorGlyphScale = 6;
-
-bool isColorFont(PangoFont* font) {
-    cairo_scaled_font_t* scaled = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font));
-    if (scaled == nullptr || cairo_scaled_font_get_type(scaled) != CAIRO_FONT_TYPE_FT) {
-        return false;
-    }
-    FT_Face face = cairo_ft_scaled_font_lock_face(scaled);
-    const bool color = face != nullptr && FT_HAS_COLOR(face);
-    cairo_ft_scaled_font_unlock_face(scaled);
-    return color;
-}
-
-// The foreground colour attribute of a run, when it has one.
-const PangoColor* runColor(const PangoGlyphItem* run) {
-    for (GSList* node = run->item->analysis.extra_attrs; node != nullptr; node = node->next) {
-        const auto* attribute = static_cast<const PangoAttribute*>(node->data);
-        if (attribute->klass->type == PANGO_ATTR_FOREGROUND) {
-            return &reinterpret_cast<const PangoAttrColor*>(attribute)->color;
-        }
-    }
-    return nullptr;
-}
-
-void setColor(cairo_t* cairo, const PangoColor& color) {
-    cairo_set_source_rgb(cairo, color.red / 65535.0, color.green / 65535.0, color.blue / 65535.0);
-}
-
-struct GlyphItemDeleter {
-    void operator()(PangoGlyphItem* item) const noexcept { pango_glyph_item_free(item); }
-};
-
-// Whether a paragraph might fit on one line of the width: its text is not too long for that at
-// its largest font size, assuming an average character of less than half an em.
-bool mayFitOnALine(const Paragraph& paragraph, std::size_t length, double width) {
-    double largest = 0;
-    for (const Run& run : paragraph.runs) {
-        largest = std::max(largest, run.style.size);
-    }
-    return static_cast<double>(length) * largest * 0.45 <= width;
-}
-
-// Where Pango puts a line of a layout of the given width (Pango units), as its alignment and
-// direction have it: right-to-left lines of a naturally aligned paragraph stand at the right.
-int alignmentOffset(Alignment alignment, bool rightToLeft, int layoutWidth, int lineWidth) {
-    if (alignment == Alignment::center) {
-        int offset = (layoutWidth - lineWidth) / 2;
-        if (((layoutWidth | lineWidth) & (PANGO_SCALE - 1)) == 0) {
-            offset = PANGO_UNITS_ROUND(offset);
-        }
-        return offset;
-    }
-    return rightToLeft ? layoutWidth - lineWidth : 0;
-}
-
-// Appends the lines of a layout of the bytes from start of a paragraph; the width of the last
-// one goes to lastWidth when asked for.
-void collectLines(PangoLayout* layout, std::size_t paragraph, std::size_t start,
-                  std::vector<std::pair<LineBox, PangoLayoutLine*>>& lines, int* lastWidth) {
-    lines.clear();
-    const LayoutIterPtr iter(pango_layout_get_iter(layout));
-    do {
-        PangoLayoutLine* line = pango_layout_iter_get_line_readonly(iter.get());
-        PangoRectangle logical;
-        pango_layout_iter_get_line_extents(iter.get(), nullptr, &logical);
-        const int baseline = pango_layout_iter_get_baseline(iter.get());
-        LineBox box;
-        box.paragraph = paragraph;
-        box.start = start + static_cast<std::size_t>(line->start_index);
-        box.length = static_cast<std::size_t>(line->length);
-        box.x = points(logical.x);
-        box.height = points(logical.height);
-        box.ascent = points(baseline - logical.y);
-        lines.emplace_back(box, line);
-        if (lastWidth != nullptr) {
-            *lastWidth = logical.width;
-        }
-    } while (pango_layout_iter_next_line(iter.get()));
-}
-
-} // namespace
-
 const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
     auto found = m_shapingFonts.find(font);
     if (found == m_shapingFonts.end()) {
@@ -534,7 +330,7 @@ const TextSetter::FontFacts& TextSetter::fontFacts(PangoFont* font) {
 // does only because the piece ends there, so it is set again as the start of the next piece;
 // the lines kept are then the very lines of the whole paragraph. The pieces after the first take
 // the first one's direction, which a piece's own first character might not give.
-void TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped) {
+void TextSetter::setParagraph(SetText& result, std::size_t index, GlyphStore* shaped) {
     const auto& paragraphs = result.text.paragraphs();
     const Paragraph& paragraph = paragraphs[index];
     const std::size_t length = byteLength(paragraph);
@@ -603,11 +399,11 @@ void TextSetter::setParagraph(SetText& result, std::size_t index, Shaped* shaped
                 box.spaceAbove = paragraph.style.lineSpacing;
             }
             if (shaped != nullptr) {
-                box.firstRun = static_cast<std::uint32_t>(shaped->runs.size());
+                box.firstRun = static_cast<std::uint32_t>(shaped->runCount());
                 for (GSList* node = line->runs; node != nullptr; node = node->next) {
                     keepRun(*static_cast<const PangoGlyphItem*>(node->data), start, *shaped);
                 }
-                box.runCount = static_cast<std::uint32_t>(shaped->runs.size()) - box.firstRun;
+                box.runCount = static_cast<std::uint32_t>(shaped->runCount()) - box.firstRun;
             }
             result.lines.push_back(box);
         }
@@ -629,7 +425,7 @@ SetText TextSetter::set(AttributedText text, double width) {
 
 SetText TextSetter::set(AttributedText text, double width, bool keepShapes) {
     SetText result{std::move(text), width, {}, ++m_serial, {}};
-    Shaped* shaped = keepShapes ? &m_scratch->shaped : nullptr;
+    GlyphStore* shaped = keepShapes ? &m_scratch->shaped : nullptr;
     if (shaped != nullptr) {
         shaped->clear();
     }
@@ -643,19 +439,13 @@ SetText TextSetter::set(AttributedText text, double width, bool keepShapes) {
     return result;
 }
 
-void TextSetter::keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped) {
+void TextSetter::keepRun(const PangoGlyphItem& run, std::size_t offset, GlyphStore& shaped) {
     const PangoItem& item = *run.item;
     fontFacts(item.analysis.font); // holds the reference that keeps the font alive for drawing
-    const std::pair face(item.analysis.font, item.analysis.language);
-    const auto [found, added] =
-        m_faceIndex.try_emplace(face, static_cast<std::uint32_t>(m_faces.size()));
-    if (added) {
-        m_faces.push_back(face);
-    }
     GlyphRun kept;
     kept.offset = static_cast<std::uint32_t>(offset + static_cast<std::size_t>(item.offset));
     kept.length = static_cast<std::uint32_t>(item.length);
-    kept.face = found->second;
+    kept.face = m_faces.index({item.analysis.font, item.analysis.language});
     if (const PangoColor* color = runColor(&run)) {
         kept.red = color->red;
         kept.green = color->green;
@@ -665,8 +455,7 @@ void TextSetter::keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& 
     kept.level = item.analysis.level;
     kept.gravity = item.analysis.gravity;
     kept.script = static_cast<std::uint8_t>(item.analysis.script);
-    shaped.keep(kept, *run.glyphs);
-    shaped.runs.push_back(kept);
+    shaped.add(kept, *run.glyphs);
 }
 
 void TextSetter::draw(cairo_t* cairo, const SetText& text, std::size_t first, std::size_t count,
@@ -709,36 +498,15 @@ const char* TextSetter::paragraphText(const SetText& text, std::size_t paragraph
 
 void TextSetter::showLine(cairo_t* cairo, const SetText& text, const LineBox& line, double x,
                           double baseline) {
-    const Shaped& shaped = *text.shaped;
+    const GlyphStore& shaped = *text.shaped;
     const char* characters = paragraphText(text, line.paragraph);
     Scratch& scratch = *m_scratch;
     double runX = x;
     for (std::uint32_t index = line.firstRun; index < line.firstRun + line.runCount; ++index) {
-        const GlyphRun& run = shaped.runs[index];
+        const GlyphRun& run = shaped.run(index);
         // Pango draws from a glyph item; this one borrows the kept glyphs, unpacked if need be.
         PangoGlyphString glyphs{};
-        glyphs.num_glyphs = static_cast<gint>(run.glyphCount);
-        glyphs.space = glyphs.num_glyphs;
-        if (run.wide) {
-            glyphs.glyphs = const_cast<PangoGlyphInfo*>(shaped.wideGlyphs.data() + run.firstGlyph);
-            glyphs.log_clusters = const_cast<int*>(shaped.wideClusters.data() + run.firstGlyph);
-        } else {
-            scratch.glyphs.resize(run.glyphCount);
-            scratch.clusters.resize(run.glyphCount);
-            const CompactGlyph* kept = shaped.glyphs.data() + run.firstGlyph;
-            for (std::uint32_t glyph = 0; glyph < run.glyphCount; ++glyph) {
-                PangoGlyphInfo& info = scratch.glyphs[glyph];
-                info = PangoGlyphInfo{};
-                info.glyph = kept[glyph].glyph;
-                info.geometry.width = kept[glyph].width;
-                info.attr.is_cluster_start =
-                    glyph == 0 || kept[glyph].cluster != kept[glyph - 1].cluster ? 1 : 0;
-                info.attr.is_color = run.colorGlyphs ? 1 : 0;
-                scratch.clusters[glyph] = kept[glyph].cluster;
-            }
-            glyphs.glyphs = scratch.glyphs.data();
-            glyphs.log_clusters = scratch.clusters.data();
-        }
+        shaped.unpack(run, scratch.glyphs, scratch.clusters, glyphs);
         m_item->offset = static_cast<gint>(run.offset);
         m_item->length = static_cast<gint>(run.length);
         m_item->num_chars = static_cast<gint>(
@@ -774,84 +542,13 @@ void TextSetter::showLine(cairo_t* cairo, PangoLayoutLine* line, double x, doubl
 
 void TextSetter::showRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
                          double baseline) {
-    if (fontFacts(run->item->analysis.font).color) {
-        showColorRun(cairo, text, run, x, baseline);
+    const FontFacts& facts = fontFacts(run->item->analysis.font);
+    if (facts.color) {
+        m_colorGlyphs.show(cairo, text, run, facts.name, facts.plain.get(), x, baseline);
     } else {
         cairo_move_to(cairo, x, baseline);
         pango_cairo_show_glyph_item(cairo, text, run);
     }
-}
-
-// Cairo can put colour glyphs into a PDF only as pictures at one pixel per point, which prints
-// blurred. So the run is drawn as a sharper picture of its own, and its characters go underneath
-// in the text font, all but transparent, so that the emoji stay searchable and selectable.
-void TextSetter::showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
-                              double baseline) {
-    PangoRectangle ink;
-    pango_glyph_string_extents(run->glyphs, run->item->analysis.font, &ink, nullptr);
-    const Rect bounds{points(ink.x) - 1, points(ink.y) - 1, points(ink.width) + 2,
-                      points(ink.height) + 2};
-    if (cairo_surface_t* image = colorRunImage(run, bounds)) {
-        cairo_save(cairo);
-        cairo_translate(cairo, x + bounds.x, baseline + bounds.y);
-        cairo_scale(cairo, 1 / kColorGlyphScale, 1 / kColorGlyphScale);
-        cairo_set_source_surface(cairo, image, 0, 0);
-        cairo_paint(cairo);
-        cairo_restore(cairo);
-    }
-
-    PangoFont* plainFont = fontFacts(run->item->analysis.font).plain.get();
-    if (plainFont == nullptr) {
-        return;
-    }
-    const std::unique_ptr<PangoGlyphItem, GlyphItemDeleter> hidden(pango_glyph_item_copy(run));
-    g_object_unref(hidden->item->analysis.font);
-    hidden->item->analysis.font = PANGO_FONT(g_object_ref(plainFont));
-    // Glyph numbers of the colour font mean nothing in the text font: all become its glyph 0,
-    // and the characters travel with them as the PDF's actual text.
-    for (int index = 0; index < hidden->glyphs->num_glyphs; ++index) {
-        hidden->glyphs->glyphs[index].glyph = 0;
-    }
-    cairo_save(cairo);
-    cairo_set_source_rgba(cairo, 0, 0, 0, 1.0 / 255);
-    cairo_move_to(cairo, x, baseline);
-    pango_cairo_show_glyph_item(cairo, text, hidden.get());
-    cairo_restore(cairo);
-}
-
-cairo_surface_t* TextSetter::colorRunImage(PangoGlyphItem* run, const Rect& bounds) {
-    std::string key = fontFacts(run->item->analysis.font).name;
-    for (int index = 0; index < run->glyphs->num_glyphs; ++index) {
-        const PangoGlyphInfo& glyph = run->glyphs->glyphs[index];
-        for (const long number :
-             {static_cast<long>(glyph.glyph), static_cast<long>(glyph.geometry.width),
-              static_cast<long>(glyph.geometry.x_offset),
-              static_cast<long>(glyph.geometry.y_offset)}) {
-            key += ' ';
-            key += std::to_string(number);
-        }
-    }
-    auto found = m_colorRuns.find(key);
-    if (found != m_colorRuns.end()) {
-        return found->second.get();
-    }
-    const int width = static_cast<int>(std::ceil(bounds.width * kColorGlyphScale));
-    const int height = static_cast<int>(std::ceil(bounds.height * kColorGlyphScale));
-    if (width <= 0 || height <= 0) {
-        return nullptr;
-    }
-    CairoSurfacePtr image(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
-    if (cairo_surface_status(image.get()) != CAIRO_STATUS_SUCCESS) {
-        return nullptr;
-    }
-    {
-        const CairoPtr painter(cairo_create(image.get()));
-        cairo_scale(painter.get(), kColorGlyphScale, kColorGlyphScale);
-        cairo_move_to(painter.get(), -bounds.x, -bounds.y);
-        pango_cairo_show_glyph_string(painter.get(), run->item->analysis.font, run->glyphs);
-    }
-    cairo_surface_flush(image.get());
-    return m_colorRuns.emplace(std::move(key), std::move(image)).first->second.get();
 }
 
 PangoLayoutPtr TextSetter::makeLineLayout(std::string_view text, const TextStyle& style) {

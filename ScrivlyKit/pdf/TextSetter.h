@@ -2,6 +2,8 @@
 
 #include "ScrivlyKit/pdf/AttributedText.h"
 #include "ScrivlyKit/pdf/CairoHandles.h"
+#include "ScrivlyKit/pdf/ColorGlyphPictures.h"
+#include "ScrivlyKit/pdf/GlyphStore.h"
 #include "ScrivlyKit/pdf/PDFExport.h"
 
 #include <cstddef>
@@ -11,7 +13,6 @@
 #include <string>
 #include <string_view>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 namespace scrivly::pdf {
@@ -31,9 +32,6 @@ struct LineBox {
     double ascent = 0;     // from the line's top to its baseline
 };
 
-// The glyphs of a set text's lines as Pango shaped them: all that drawing needs of the text.
-struct Shaped;
-
 // Text broken into lines at a width. The lines are what pages are made of: a page shows a run
 // of consecutive lines, never part of one.
 struct SetText {
@@ -44,7 +42,7 @@ struct SetText {
     // Kept so that drawing does not shape the text again, unless the setter had used up the
     // memory it keeps for them; then drawing sets the text again. Drawing lets go of them once
     // it has drawn the last line, so that the memory of a long document falls as pages are done.
-    mutable std::shared_ptr<const Shaped> shaped;
+    mutable std::shared_ptr<const GlyphStore> shaped;
 
     // Height of lines [first, first + count) stacked. Space above the first of them counts only
     // when it is the text's first line: a continuation starts flush at the top of its page.
@@ -96,28 +94,25 @@ public:
 private:
     // What is known of a font that text was set in. The reference keeps kept glyph runs valid.
     struct FontFacts {
-        std::unique_ptr<PangoFont, GObjectDeleter> reference;
+        PangoFontPtr reference;
         bool color = false; // colour glyphs: emoji
         std::string name;   // Pango's description, for the colour glyph pictures
-        std::unique_ptr<PangoFont, GObjectDeleter> plain; // the text font at the same size
+        PangoFontPtr plain; // the text font at the same size
     };
 
     SetText set(AttributedText text, double width, bool keepShapes);
     void showLine(cairo_t* cairo, const SetText& text, const LineBox& line, double x,
                   double baseline);
     const char* paragraphText(const SetText& text, std::size_t paragraph);
-    void keepRun(const PangoGlyphItem& run, std::size_t offset, Shaped& shaped);
+    void keepRun(const PangoGlyphItem& run, std::size_t offset, GlyphStore& shaped);
     void showLine(cairo_t* cairo, PangoLayoutLine* line, double x, double baseline);
     void showRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x, double baseline);
-    void showColorRun(cairo_t* cairo, const char* text, PangoGlyphItem* run, double x,
-                      double baseline);
-    cairo_surface_t* colorRunImage(PangoGlyphItem* run, const Rect& bounds);
     // natural: the direction of the paragraph's first strong character.
     enum class Direction { natural, leftToRight, rightToLeft };
     // Pango's layout of the paragraph's bytes [start, end) at a width (unbroken when negative).
     PangoLayoutPtr makeLayout(const Paragraph& paragraph, std::size_t start, std::size_t end,
                               double width, Direction direction = Direction::natural);
-    void setParagraph(SetText& result, std::size_t index, Shaped* shaped);
+    void setParagraph(SetText& result, std::size_t index, GlyphStore* shaped);
     const FontFacts& fontFacts(PangoFont* font);
     PangoLayoutPtr makeLineLayout(std::string_view text, const TextStyle& style);
     const PangoFontDescription* font(const TextStyle& style);
@@ -131,20 +126,16 @@ private:
     // Every font that set text was shaped in: kept texts point to them.
     std::map<PangoFont*, FontFacts> m_shapingFonts;
     // Scratch item through which kept glyph runs are drawn.
-    std::unique_ptr<PangoItem, PangoItemDeleter> m_item;
+    PangoItemPtr m_item;
     struct Scratch;
     std::unique_ptr<Scratch> m_scratch;
-    // The fonts and languages of kept glyph runs, which name them by their place here.
-    std::vector<std::pair<PangoFont*, PangoLanguage*>> m_faces;
-    std::map<std::pair<PangoFont*, PangoLanguage*>, std::uint32_t> m_faceIndex;
+    GlyphFaces m_faces;
     std::size_t m_keptShapeBytes;
     std::size_t m_keptBytes = 0;
     std::uint64_t m_serial = 0;
     // The text last set again for drawing, while its pages are drawn.
     std::unique_ptr<SetText> m_again;
-    // Colour glyphs (emoji) drawn once at print resolution and reused, so the PDF holds each
-    // picture once. Keyed by font and glyphs.
-    std::map<std::string, CairoSurfacePtr> m_colorRuns;
+    ColorGlyphPictures m_colorGlyphs;
 };
 
 } // namespace scrivly::pdf

@@ -1,11 +1,12 @@
 #include "ScrivlyKit/sample/SamplePictures.h"
 
+#include "ScrivlyKit/pdf/CairoHandles.h"
+
 #include <cairo.h>
 
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <numbers>
 #include <stdexcept>
 
@@ -13,34 +14,25 @@ namespace scrivly::SamplePictures {
 
 namespace {
 
-struct DestroySurface {
-    void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
-};
-struct DestroyContext {
-    void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
-};
-struct DestroyPattern {
-    void operator()(cairo_pattern_t* pattern) const noexcept { cairo_pattern_destroy(pattern); }
-};
-using Surface = std::unique_ptr<cairo_surface_t, DestroySurface>;
-using Context = std::unique_ptr<cairo_t, DestroyContext>;
-using Pattern = std::unique_ptr<cairo_pattern_t, DestroyPattern>;
+using pdf::CairoPatternPtr;
+using pdf::CairoPtr;
+using pdf::CairoSurfacePtr;
 
 [[noreturn]] void fail() {
     throw std::runtime_error("The sample pictures couldn’t be drawn.");
 }
 
 struct Canvas {
-    Surface surface;
-    Context context;
+    CairoSurfacePtr surface;
+    CairoPtr context;
 };
 
 Canvas makeCanvas(int width, int height) {
-    Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+    CairoSurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
     if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
         fail();
     }
-    Context context(cairo_create(surface.get()));
+    CairoPtr context(cairo_create(surface.get()));
     if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS) {
         fail();
     }
@@ -96,7 +88,7 @@ void fillPolygon(cairo_t* cr, std::initializer_list<std::pair<double, double>> p
 
 void fillWithGradient(cairo_t* cr, double x, double y, double width, double height,
                       std::initializer_list<std::pair<double, std::uint32_t>> stops) {
-    Pattern gradient(cairo_pattern_create_linear(0, y, 0, y + height));
+    CairoPatternPtr gradient(cairo_pattern_create_linear(0, y, 0, y + height));
     for (const auto& [offset, rgb] : stops) {
         addStop(gradient.get(), offset, rgb);
     }
@@ -161,7 +153,8 @@ ImageConverter::Image sunrise(int width, int height) {
     cairo_save(cr);
     cairo_rectangle(cr, 0, 0, w, horizon);
     cairo_clip(cr);
-    Pattern glow(cairo_pattern_create_radial(sunX, horizon, sunRadius, sunX, horizon, h * 0.4));
+    CairoPatternPtr glow(
+        cairo_pattern_create_radial(sunX, horizon, sunRadius, sunX, horizon, h * 0.4));
     addStop(glow.get(), 0, 0xFFE7A8, 0.75);
     addStop(glow.get(), 1, 0xFFE7A8, 0.0);
     cairo_set_source(cr, glow.get());
