@@ -7,8 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include <ostream>
-#include <unistd.h>
 #include <tuple>
+#include <unistd.h>
 
 namespace scrivly::cli {
 
@@ -67,8 +67,21 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         ->type_name("ZONE");
     app.add_option("--locale", locale, "Locale of dates, times and numbers (default the system's)")
         ->type_name("LOCALE");
-    app.add_flag("--direct", global.direct,
-                 "Read the database file itself instead of a private copy");
+    auto* directOption = app.add_flag("--direct", global.direct,
+                                      "Read the database file itself instead of a private copy");
+    std::string backup;
+    std::string passwordFile;
+    app.add_option("--backup", backup,
+                   "Read the Messages history of an iPhone backup (its folder, or a folder of "
+                   "backups)")
+        ->type_name("PATH")
+        ->excludes(databaseOption)
+        ->excludes(homeOption)
+        ->excludes(sampleOption)
+        ->excludes(directOption);
+    app.add_option("--password-file", passwordFile,
+                   "The password of an encrypted backup, from the file's first line")
+        ->type_name("FILE");
 
     auto* access = app.add_subcommand(
         "access", "Tell whether the database can be read: granted, denied or noHistory");
@@ -140,6 +153,15 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
 
     auto* sample = app.add_subcommand("sample", "Write the demonstration history into FOLDER");
     sample->add_option("FOLDER", invocation.sampleFolder, "A new or empty folder")->required();
+    sample->add_flag("--as-backup", invocation.asBackup,
+                     "Write it as an iPhone backup (encrypted with --password-file)");
+    sample->add_flag("--fast-keys", invocation.fastKeys,
+                     "With --as-backup: small key-derivation counts, for tests");
+
+    auto* backups =
+        app.add_subcommand("backups", "List the iPhone backups in FOLDERs, or in the usual places");
+    backups->add_option("FOLDER", invocation.backupFolders, "Folders that hold backups");
+    backups->add_flag("--json", invocation.json, "Write JSON");
 
     try {
         app.parse(argc, argv);
@@ -154,12 +176,18 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         if (app.get_subcommands().empty() && !app.remaining().empty()) {
             throw UsageError("Unknown command “" + app.remaining().front() +
                              "”; the commands are access, chats, messages, conversations, "
-                             "transcript, export and sample.");
+                             "transcript, export, sample and backups.");
         }
         throw UsageError(error.what());
     }
 
     global.contacts = contacts;
+    if (!backup.empty()) {
+        global.backup = backup;
+    }
+    if (!passwordFile.empty()) {
+        global.passwordFile = passwordFile;
+    }
     if (!database.empty()) {
         global.database = database;
     }
@@ -197,8 +225,13 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
                 std::tie(invocation.to->year, invocation.to->month, invocation.to->day)) {
             throw UsageError("The first day (--from) comes after the last day (--to).");
         }
+    } else if (backups->parsed()) {
+        invocation.command = Command::backups;
     } else {
         invocation.command = Command::sample;
+        if (invocation.fastKeys && !invocation.asBackup) {
+            throw UsageError("--fast-keys goes with --as-backup.");
+        }
     }
 
     if (invocation.command == Command::exportFile) {

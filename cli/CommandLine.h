@@ -21,9 +21,20 @@ struct GlobalOptions {
     std::optional<std::string> locale;   // ICU locale; the system's when absent
     bool direct = false;                 // read the file itself, without a private copy
     std::vector<std::string> contacts;   // vCard files or address-book folders, earlier ones win
+    std::optional<std::string> backup;   // an iPhone backup's folder, read instead of a database
+    std::optional<std::string> passwordFile; // the backup password, up to its first line break
 };
 
-enum class Command { access, chats, messages, conversations, transcript, exportFile, sample };
+enum class Command {
+    access,
+    chats,
+    messages,
+    conversations,
+    transcript,
+    exportFile,
+    sample,
+    backups
+};
 
 enum class ExportFormat { pdf, csv, json };
 
@@ -48,6 +59,9 @@ struct Invocation {
     bool includeImages = true;
     bool progress = false;    // show the progress bar even when standard error isn't a terminal
     std::string sampleFolder; // sample
+    bool asBackup = false;    // sample: written as an iPhone backup
+    bool fastKeys = false;    // sample --as-backup: small key-derivation counts
+    std::vector<std::string> backupFolders; // backups
 };
 
 // Parses the arguments (argv[0] is the program). Returns nothing after printing the help text to

@@ -5,6 +5,7 @@
 #include "cli/Interrupts.h"
 #include "cli/JsonOutput.h"
 #include "cli/OutputFile.h"
+#include "cli/Password.h"
 #include "cli/ProgressBar.h"
 #include "cli/Session.h"
 
@@ -64,9 +65,9 @@ void showTranscript(const Invocation& invocation, const Session& session) {
     }
 }
 
-ExportJob::Result renderPDF(const Transcript& transcript, const ExportOptions& options,
-                            const ExportStrings& strings, bool showProgress,
-                            Interrupts& interrupts) {
+ExportJob::Result renderPDF(const History& history, const Transcript& transcript,
+                            const ExportOptions& options, const ExportStrings& strings,
+                            bool showProgress, Interrupts& interrupts) {
     const bool terminal = ::isatty(STDERR_FILENO) == 1;
     ProgressBar bar(std::cerr, terminal, "Making the PDF");
     ExportJob::Progress progress;
@@ -76,8 +77,8 @@ ExportJob::Result renderPDF(const Transcript& transcript, const ExportOptions& o
     // Ctrl-C now cancels the rendering through its stop token instead of ending the process.
     Interrupts::Cancellable cancellable(interrupts);
     try {
-        auto result = ExportJob::run(ExportJob::Format::pdf, transcript, options, strings, progress,
-                                     cancellable.token());
+        auto result = history.exportDocument(ExportJob::Format::pdf, transcript, options, strings,
+                                             progress, cancellable.token());
         if (progress) {
             bar.finish();
         }
@@ -108,12 +109,13 @@ void exportConversation(const Invocation& invocation, const Session& session,
     std::string summary;
     switch (invocation.format) {
     case ExportFormat::pdf:
-        document = renderPDF(transcript, options, strings, invocation.progress, interrupts);
+        document =
+            renderPDF(history, transcript, options, strings, invocation.progress, interrupts);
         summary = Formatting::integer(document.pageCount, session.locale()) +
                   (document.pageCount == 1 ? " page" : " pages");
         break;
     case ExportFormat::csv:
-        document = ExportJob::run(ExportJob::Format::csv, transcript, options, strings);
+        document = history.exportDocument(ExportJob::Format::csv, transcript, options, strings);
         break;
     case ExportFormat::json:
         json = JsonOutput::transcript(transcript);
@@ -148,10 +150,11 @@ void checkSampleFolder(const fs::path& folder) {
     if (!fs::is_directory(folder, error)) {
         throw UsageError(folder.string() + " isn’t a folder.");
     }
-    static const std::set<std::string> kSampleEntries{"chat.db", "chat.db-wal", "chat.db-shm",
-                                                      "chat.db-journal", "home"};
+    const std::set<std::string> sampleEntries{"chat.db",     "chat.db-wal",
+                                              "chat.db-shm", "chat.db-journal",
+                                              "home",        Sources::sampleBackupName()};
     for (const auto& entry : fs::directory_iterator(folder, error)) {
-        if (!kSampleEntries.contains(entry.path().filename().string())) {
+        if (!sampleEntries.contains(entry.path().filename().string())) {
             throw UsageError(folder.string() +
                              " isn’t empty; choose a new or empty folder for the sample.");
         }
@@ -161,10 +164,42 @@ void checkSampleFolder(const fs::path& folder) {
 void writeSample(const Invocation& invocation) {
     const fs::path folder = fs::absolute(invocation.sampleFolder).lexically_normal();
     checkSampleFolder(folder);
+    HumanOutput output(std::cout, checkedTimeZone(invocation.global.timeZone),
+                       checkedLocale(invocation.global.locale), wantsStyle(STDOUT_FILENO));
+    if (invocation.asBackup) {
+        const auto password = invocation.global.passwordFile
+                                  ? std::optional(passwordFromFile(*invocation.global.passwordFile))
+                                  : std::nullopt;
+        output.sampleBackup(
+            Sources::sampleBackup(folder.string(), Date::now(), password, invocation.fastKeys),
+            invocation.global.passwordFile);
+        return;
+    }
     const auto sample = Sources::sample(folder.string(), Date::now());
-    HumanOutput(std::cout, checkedTimeZone(invocation.global.timeZone),
-                checkedLocale(invocation.global.locale), wantsStyle(STDOUT_FILENO))
-        .sample(sample.database, sample.home);
+    output.sample(sample.database, sample.home);
+}
+
+void listBackups(const Invocation& invocation) {
+    std::vector<std::string> folders;
+    for (const auto& folder : invocation.backupFolders) {
+        folders.push_back(fs::absolute(folder).lexically_normal().string());
+    }
+    if (folders.empty()) {
+        folders = Sources::usualBackupFolders();
+    }
+    const auto backups = folders.empty() ? std::vector<BackupInfo>() : Sources::backups(folders);
+    if (invocation.json) {
+        std::cout << JsonOutput::backups(backups);
+        return;
+    }
+    HumanOutput output(std::cout, checkedTimeZone(invocation.global.timeZone),
+                       checkedLocale(invocation.global.locale), wantsStyle(STDOUT_FILENO));
+    if (folders.empty()) {
+        std::cout << "This system has no usual place for iPhone backups; name the folder that "
+                     "holds them: scrivly-cli backups FOLDER\n";
+        return;
+    }
+    output.backups(backups);
 }
 
 } // namespace
@@ -172,6 +207,10 @@ void writeSample(const Invocation& invocation) {
 void runCommand(const Invocation& invocation, Interrupts& interrupts) {
     if (invocation.command == Command::sample) {
         writeSample(invocation);
+        return;
+    }
+    if (invocation.command == Command::backups) {
+        listBackups(invocation);
         return;
     }
     const Session session(invocation.global, interrupts);
@@ -195,6 +234,7 @@ void runCommand(const Invocation& invocation, Interrupts& interrupts) {
         exportConversation(invocation, session, interrupts);
         break;
     case Command::sample:
+    case Command::backups:
         break;
     }
 }

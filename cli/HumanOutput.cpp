@@ -252,4 +252,29 @@ void HumanOutput::sample(const std::string& database, const std::string& home) {
           << '\n';
 }
 
+void HumanOutput::sampleBackup(const std::string& folder,
+                               const std::optional<std::string>& passwordFile) {
+    m_out << "Backup: " << folder << '\n';
+    m_out << dim("Read it with: scrivly-cli --backup " + shellQuoted(folder) +
+                 (passwordFile ? " --password-file " + shellQuoted(*passwordFile) : "") +
+                 " conversations")
+          << '\n';
+}
+
+void HumanOutput::backups(const std::vector<BackupInfo>& backups) {
+    if (backups.empty()) {
+        m_out << "No backups.\n";
+        return;
+    }
+    Table table(
+        {{"DEVICE"}, {"MODEL"}, {"IOS"}, {"LAST BACKUP"}, {"ENCRYPTED"}, {"MESSAGES"}, {"PATH"}});
+    for (const auto& backup : backups) {
+        table.add({backup.deviceName, backup.productType, backup.productVersion,
+                   dateTime(backup.lastBackupDate) + (backup.complete ? "" : " (unfinished)"),
+                   backup.encrypted ? "yes" : "no", backup.hasMessages ? "yes" : "no",
+                   backup.path});
+    }
+    table.print(m_out, m_styled);
+}
+
 } // namespace scrivly::cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ScrivlyKit/backup/BackupInfo.h"
 #include "ScrivlyKit/conversations/Conversation.h"
 #include "ScrivlyKit/conversations/Transcript.h"
 #include "ScrivlyKit/export/ExportStrings.h"
@@ -30,6 +31,8 @@ public:
                        const std::optional<std::string>& search);
     void transcript(const Transcript& transcript, const ExportStrings& strings);
     void sample(const std::string& database, const std::string& home);
+    void sampleBackup(const std::string& folder, const std::optional<std::string>& passwordFile);
+    void backups(const std::vector<BackupInfo>& backups);
 
 private:
     std::string dateTime(Date date) const;

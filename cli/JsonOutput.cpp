@@ -159,4 +159,22 @@ std::string transcript(const Transcript& transcript) {
     return dumped(document);
 }
 
+std::string backups(const std::vector<BackupInfo>& backups) {
+    Json array = Json::array();
+    for (const auto& backup : backups) {
+        array.push_back({
+            {"id", text(backup.id)},
+            {"path", text(backup.path)},
+            {"deviceName", text(backup.deviceName)},
+            {"productType", text(backup.productType)},
+            {"productVersion", text(backup.productVersion)},
+            {"lastBackupDate", date(backup.lastBackupDate)},
+            {"encrypted", backup.encrypted},
+            {"complete", backup.complete},
+            {"hasMessages", backup.hasMessages},
+        });
+    }
+    return dumped(array);
+}
+
 } // namespace scrivly::cli::JsonOutput

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ScrivlyKit/backup/BackupInfo.h"
 #include "ScrivlyKit/conversations/Conversation.h"
 #include "ScrivlyKit/conversations/Transcript.h"
 #include "ScrivlyKit/records/Chat.h"
@@ -17,5 +18,9 @@ std::string chats(const std::vector<Chat>& chats);
 std::string messages(const std::vector<Message>& messages);
 std::string conversations(const std::vector<Conversation>& conversations);
 std::string transcript(const Transcript& transcript);
+
+// [{id, path, deviceName, productType, productVersion, lastBackupDate, encrypted, complete,
+// hasMessages}]
+std::string backups(const std::vector<BackupInfo>& backups);
 
 } // namespace scrivly::cli::JsonOutput

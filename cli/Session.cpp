@@ -1,8 +1,11 @@
 #include "cli/Session.h"
 
 #include "cli/Errors.h"
+#include "cli/Interrupts.h"
+#include "cli/Password.h"
 #include "cli/TemporaryFolder.h"
 
+#include "ScrivlyKit/export/Formatting.h"
 #include "ScrivlyKit/history/Sources.h"
 #include "ScrivlyKit/text/Regional.h"
 
@@ -56,6 +59,8 @@ std::string globalOptions(const GlobalOptions& options) {
     if (options.sample) {
         text += " --sample";
     }
+    add("--backup", options.backup);
+    add("--password-file", options.passwordFile);
     add("--database", options.database);
     add("--home", options.home);
     for (const auto& contacts : options.contacts) {
@@ -78,6 +83,22 @@ std::string listed(const Conversation& conversation) {
         line += " (" + *conversation.detail + ")";
     }
     return line;
+}
+
+// The backup the folder names; several make a usage error that lists them.
+BackupInfo findBackup(const std::string& folder, const History::Settings& settings) {
+    try {
+        return Sources::findBackup(folder);
+    } catch (const Sources::SeveralBackups& several) {
+        const Formatting::DateFormatter format(Formatting::DateFormatter::Style::longDateTime,
+                                               settings.timeZone, settings.locale);
+        std::string reason = several.what();
+        for (const auto& backup : several.backups) {
+            reason += "\n  " + backup.id + "  " + backup.deviceName + "  " +
+                      (backup.lastBackupDate ? format.format(*backup.lastBackupDate) : "");
+        }
+        throw UsageError(reason);
+    }
 }
 
 } // namespace
@@ -107,7 +128,21 @@ std::string checkedLocale(const std::optional<std::string>& locale) {
 Session::Session(const GlobalOptions& options, Interrupts& interrupts) {
     History::Settings settings{options.me, checkedTimeZone(options.timeZone),
                                checkedLocale(options.locale)};
-    if (options.sample) {
+    if (options.backup) {
+        const auto found = findBackup(absolute(*options.backup), settings);
+        std::optional<std::string> password;
+        if (found.encrypted) {
+            password = backupPassword(options, found.deviceName);
+            if (!password) {
+                throw UsageError(
+                    "This backup is encrypted: give its password with --password-file FILE.");
+            }
+        }
+        // Deriving the keys takes seconds; Ctrl-C stops it.
+        const Interrupts::Cancellable cancellable(interrupts);
+        auto backup = Sources::backup(found, password, cancellable.token());
+        m_history.emplace(std::move(backup.reader), std::move(backup.names), std::move(settings));
+    } else if (options.sample) {
         m_sample = std::make_unique<TemporaryFolder>("scrivly-sample-", interrupts);
         // The history goes one level down: writing it replaces its folder, which would lose the
         // private permissions of the temporary folder itself.

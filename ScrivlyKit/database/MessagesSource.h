@@ -27,6 +27,14 @@ public:
     // The file on this computer that an attachment's stored name stands for.
     virtual std::optional<std::string>
     attachmentPath(const std::optional<std::string>& stored) const = 0;
+    // The file to read for an attachment's path when its bytes are needed: the path itself for
+    // a file kept in the clear, else a readable copy made in folder (an owner-only folder that
+    // the caller removes); nothing when the source doesn't hold the file.
+    virtual std::optional<std::string> readableCopy(const std::string& path,
+                                                    const std::string& folder) const {
+        (void)folder;
+        return path;
+    }
 };
 
 // A Messages database file, as on a Mac: a stored "~/" stands for home.

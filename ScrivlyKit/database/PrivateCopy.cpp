@@ -58,6 +58,8 @@ void withPrivateFolder(const std::string& scratch,
     const SnapshotLease lease(scratch);
     for (int attempt = 1;; ++attempt) {
         try {
+            fs::remove_all(lease.path(), ignored);
+            FileSystem::createPrivateFolders(lease.path());
             operation(lease.path());
             return;
         } catch (const TornCopyError&) {

@@ -3,6 +3,7 @@
 #include "ScrivlyKit/contacts/ContactSources.h"
 #include "ScrivlyKit/database/ChatDatabase.h"
 #include "ScrivlyKit/database/MessagesSource.h"
+#include "ScrivlyKit/database/PrivateCopy.h"
 #include "ScrivlyKit/database/SQLiteError.h"
 #include "ScrivlyKit/history/Sources.h"
 #include "ScrivlyKit/history/Suggestions.h"
@@ -144,6 +145,29 @@ Transcript History::transcript(const std::string& name, const DayRange& days) co
     const auto bounds = DayBounds::range(days.first, days.last, m_settings.timeZone);
     return Transcript::build(conversation.title, conversation.participants, messages, bounds.from,
                              bounds.to, m_settings.me, m_names);
+}
+
+ExportJob::Result History::exportDocument(ExportJob::Format format, const Transcript& transcript,
+                                          const ExportOptions& options,
+                                          const ExportStrings& strings,
+                                          const ExportJob::Progress& progress,
+                                          std::stop_token stop) const {
+    if (format == ExportJob::Format::csv || !m_reader.folder) {
+        return ExportJob::run(format, transcript, options, strings, progress, stop);
+    }
+    ExportJob::Result result;
+    withPrivateFolder(*m_reader.folder, [&](const std::string& folder) {
+        Transcript readable = transcript;
+        for (auto& entry : readable.entries) {
+            for (auto& attachment : entry.attachments) {
+                if (attachment.path && !attachment.path->empty()) {
+                    attachment.path = m_reader.source->readableCopy(*attachment.path, folder);
+                }
+            }
+        }
+        result = ExportJob::run(format, readable, options, strings, progress, stop);
+    });
+    return result;
 }
 
 ExportStrings History::exportStrings() const {

@@ -7,6 +7,7 @@
 #include "ScrivlyKit/database/MessagesReader.h"
 #include "ScrivlyKit/export/ExportOptions.h"
 #include "ScrivlyKit/export/ExportStrings.h"
+#include "ScrivlyKit/history/ExportJob.h"
 #include "ScrivlyKit/names/NameBook.h"
 #include "ScrivlyKit/records/Chat.h"
 #include "ScrivlyKit/records/Message.h"
@@ -79,6 +80,13 @@ public:
     // case, and its transcript for the days, read from one private copy. Throws
     // ConversationNotFound.
     Transcript transcript(const std::string& conversation, const DayRange& days) const;
+
+    // Makes a document of the transcript (see ExportJob::run). Attachments whose files the
+    // source keeps encrypted are read from copies in a private folder, removed afterwards.
+    ExportJob::Result exportDocument(ExportJob::Format format, const Transcript& transcript,
+                                     const ExportOptions& options, const ExportStrings& strings,
+                                     const ExportJob::Progress& progress = {},
+                                     std::stop_token stop = {}) const;
 
     // The English export texts with the user's name, and options in this history's zone and
     // locale.

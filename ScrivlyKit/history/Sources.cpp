@@ -1,6 +1,13 @@
 #include "ScrivlyKit/history/Sources.h"
 
+#include "ScrivlyKit/backup/BackupError.h"
+#include "ScrivlyKit/backup/BackupWriter.h"
+#include "ScrivlyKit/backup/IPhoneBackup.h"
+#include "ScrivlyKit/contacts/ContactSources.h"
+#include "ScrivlyKit/contacts/PhoneAddressBook.h"
+#include "ScrivlyKit/database/PrivateCopy.h"
 #include "ScrivlyKit/database/SnapshotLease.h"
+#include "ScrivlyKit/history/BackupSource.h"
 #include "ScrivlyKit/platform/FileSystem.h"
 #include "ScrivlyKit/sample/SampleDatabase.h"
 
@@ -66,6 +73,85 @@ Sample sample(const std::string& folder, Date now) {
                   MessagesReader::ofDatabase(info.database, info.home, std::nullopt,
                                              SourceDescription::Kind::sample),
                   SampleDatabase::nameBook()};
+}
+
+std::string sampleBackup(const std::string& folder, Date now,
+                         const std::optional<std::string>& password, bool fastKeys) {
+    std::string written;
+    const std::string scratch = snapshotFolder();
+    withPrivateFolder(scratch, [&](const std::string& work) {
+        const auto info = SampleDatabase::create((fs::path(work) / "history").string(), now);
+        BackupWriter::Options options;
+        options.password = password;
+        options.fastKeys = fastKeys;
+        options.date = now;
+        written = BackupWriter::write(
+            folder, BackupWriter::Contents{info.database, info.home, SampleDatabase::people()},
+            options);
+    });
+    return written;
+}
+
+std::string sampleBackupName() {
+    return BackupWriter::Options{}.deviceID;
+}
+
+std::vector<BackupInfo> backups(const std::vector<std::string>& folders) {
+    return listBackups(folders).backups;
+}
+
+std::vector<std::string> usualBackupFolders() {
+#if defined(__APPLE__)
+    constexpr auto kSystem = OperatingSystem::macOS;
+#elif defined(_WIN32)
+    constexpr auto kSystem = OperatingSystem::windows;
+#else
+    constexpr auto kSystem = OperatingSystem::other;
+#endif
+    return scrivly::usualBackupFolders(kSystem, [](const char* name) -> std::optional<std::string> {
+        const char* value = std::getenv(name);
+        return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+    });
+}
+
+SeveralBackups::SeveralBackups(std::vector<BackupInfo> found)
+    : std::runtime_error(std::to_string(found.size()) +
+                         " backups are in this folder; give the folder of one of them."),
+      backups(std::move(found)) {}
+
+BackupInfo findBackup(const std::string& folder) {
+    auto listing = listBackups({folder});
+    if (listing.backups.size() > 1) {
+        throw SeveralBackups(std::move(listing.backups));
+    }
+    if (listing.backups.size() == 1) {
+        return listing.backups.front();
+    }
+    if (!listing.unreadable.empty()) {
+        throw listing.unreadable.front();
+    }
+    throw BackupError(BackupError::Kind::notBackup, folder);
+}
+
+Backup backup(const BackupInfo& info, const std::optional<std::string>& password,
+              std::stop_token stop) {
+    const std::string scratch = snapshotFolder();
+    std::error_code ignored;
+    FileSystem::createPrivateFolders(scratch, ignored);
+    removeLeftoverSnapshots(scratch);
+    const auto opened = std::make_shared<const IPhoneBackup>(
+        info.path, scratch, password ? std::optional<std::string_view>(*password) : std::nullopt,
+        std::move(stop));
+
+    NameBook names;
+    withPrivateFolder(scratch, [&](const std::string& folder) {
+        const auto copied = opened->copyAddressBook(folder);
+        if (!copied.empty()) {
+            ContactSources::addCards(names, PhoneAddressBook::read(copied.front().path, info.id));
+        }
+    });
+    return Backup{MessagesReader{std::make_shared<BackupSource>(opened), scratch}, std::move(names),
+                  opened->info()};
 }
 
 } // namespace scrivly::Sources

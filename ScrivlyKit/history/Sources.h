@@ -1,11 +1,15 @@
 #pragma once
 
+#include "ScrivlyKit/backup/BackupInfo.h"
 #include "ScrivlyKit/database/MessagesReader.h"
 #include "ScrivlyKit/names/NameBook.h"
 #include "ScrivlyKit/records/Date.h"
 
 #include <optional>
+#include <stdexcept>
+#include <stop_token>
 #include <string>
+#include <vector>
 
 // Where a history is read from, as a user names it.
 namespace scrivly::Sources {
@@ -32,5 +36,42 @@ struct Sample {
     NameBook names;
 };
 Sample sample(const std::string& folder, Date now);
+
+// The demonstration history written as an iPhone backup into folder/<its device id> (replacing
+// one there), encrypted when a password is given, with the phone's key-derivation counts unless
+// fastKeys. Answers the device folder. Throws as SampleDatabase::create and
+// BackupWriter::write.
+std::string sampleBackup(const std::string& folder, Date now,
+                         const std::optional<std::string>& password, bool fastKeys);
+// The device folder name sampleBackup writes.
+std::string sampleBackupName();
+
+// The backups in folders (device folders, or folders of them), readable ones only, in name
+// order.
+std::vector<BackupInfo> backups(const std::vector<std::string>& folders);
+// Where this system's backup programs put backups; none on Linux.
+std::vector<std::string> usualBackupFolders();
+
+// A folder given as a backup holds more than one; backups lists them.
+class SeveralBackups : public std::runtime_error {
+public:
+    explicit SeveralBackups(std::vector<BackupInfo> backups);
+    std::vector<BackupInfo> backups;
+};
+
+// The backup a folder names: the device folder itself, or the only one inside it. Throws
+// SeveralBackups, or BackupError (notBackup when there is none, or the reason it can't be read).
+BackupInfo findBackup(const std::string& folder);
+
+// An iPhone backup's Messages history, its keys derived once (stop cancels the derivation),
+// read through private copies in the snapshot folder, with the names of the phone's own address
+// book. Throws BackupError (needsPassword, wrongPassword, unfinished, damaged, cancelled…).
+struct Backup {
+    MessagesReader reader;
+    NameBook names;
+    BackupInfo info;
+};
+Backup backup(const BackupInfo& backup, const std::optional<std::string>& password,
+              std::stop_token stop = {});
 
 } // namespace scrivly::Sources
