@@ -6,6 +6,7 @@
 #include "tests/support/TempDir.h"
 
 #include "ScrivlyKit/database/SQLiteConnection.h"
+#include "ScrivlyKit/export/ExportStrings.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -157,7 +158,7 @@ TEST_F(CliTest, TranscriptFindsAConversationByIdOrUniqueTitle) {
     EXPECT_THAT(human.out, StartsWith("Garden Club\n"));
     EXPECT_THAT(human.out, HasSubstr("── "));
     EXPECT_THAT(human.out, HasSubstr("Reactions: "));
-    EXPECT_THAT(human.out, HasSubstr("Attachment not on this Mac: planting-schedule.pdf"));
+    EXPECT_THAT(human.out, HasSubstr(ExportStrings().attachmentMissing("planting-schedule.pdf")));
 
     // A second chat with the same title: the title alone no longer says which.
     const auto before = changedSample(

@@ -145,7 +145,8 @@ TEST_F(PDFDocument, RealisticTranscriptIsAValidSearchablePaginatedPDF) {
     }
     EXPECT_NE(all.find(squeezed("Reactions: Jordan Avery: Loved · Sam Okafor: 👍🏽")),
               std::string::npos);
-    EXPECT_NE(all.find("AttachmentnotonthisMac:IMG_0042.HEIC"), std::string::npos);
+    EXPECT_NE(all.find(squeezed(ExportStrings().attachmentMissing("IMG_0042.HEIC"))),
+              std::string::npos);
 
     // The one photo is embedded as a JPEG of at most 1600 pixels; emoji are other pictures.
     const std::string images = commandOutput("pdfimages -list '" + path + "'");

@@ -229,7 +229,7 @@ TEST(PDFLayout, AttachmentsArePicturesScaledIntoTheirBoxOrLines) {
         const char* name;
         Attachment attachment;
         bool includeImages;
-        const char* expectedLine; // empty: drawn as a picture of this size
+        std::string expectedLine; // empty: drawn as a picture of this size
         double width, height;
     };
     const Case cases[] = {
@@ -246,7 +246,7 @@ TEST(PDFLayout, AttachmentsArePicturesScaledIntoTheirBoxOrLines) {
          "Attachment: notes.txt (12 bytes)", 0, 0},
         {"picture not on disk",
          testing::attachment(6, folder.file("gone.heic"), "IMG_0042.HEIC", "image/heic"), true,
-         "Attachment not on this Mac: IMG_0042.HEIC", 0, 0},
+         ExportStrings().attachmentMissing("IMG_0042.HEIC"), 0, 0},
         {"picture that cannot be decoded",
          testing::attachment(7, broken, "broken.png", "image/png"), true,
          "Attachment: broken.png (20 bytes)", 0, 0},
@@ -275,9 +275,9 @@ TEST(PDFLayout, AttachmentsArePicturesScaledIntoTheirBoxOrLines) {
                 }
             }
         }
-        if (*c.expectedLine != '\0') {
+        if (!c.expectedLine.empty()) {
             EXPECT_TRUE(images.empty());
-            EXPECT_NE(block.find("\n" + std::string(c.expectedLine)), std::string::npos) << block;
+            EXPECT_NE(block.find("\n" + c.expectedLine), std::string::npos) << block;
             continue;
         }
         EXPECT_EQ(block.find("Attachment"), std::string::npos) << block;

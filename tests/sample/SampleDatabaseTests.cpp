@@ -60,8 +60,8 @@ protected:
     static void SetUpTestSuite() {
         shared = std::make_unique<Shared>();
         shared->info = SampleDatabase::create(shared->temp.file("sample"), kNow);
-        shared->reader = MessagesReader{shared->info.database, shared->info.home,
-                                        shared->temp.file("snapshots")};
+        shared->reader = MessagesReader::ofDatabase(shared->info.database, shared->info.home,
+                                                    shared->temp.file("snapshots"));
         shared->chats = shared->reader.chats();
         shared->conversations = Conversations::group(shared->chats, SampleDatabase::nameBook());
     }
