@@ -101,17 +101,7 @@ std::vector<BackupInfo> backups(const std::vector<std::string>& folders) {
 }
 
 std::vector<std::string> usualBackupFolders() {
-#if defined(__APPLE__)
-    constexpr auto kSystem = OperatingSystem::macOS;
-#elif defined(_WIN32)
-    constexpr auto kSystem = OperatingSystem::windows;
-#else
-    constexpr auto kSystem = OperatingSystem::other;
-#endif
-    return scrivly::usualBackupFolders(kSystem, [](const char* name) -> std::optional<std::string> {
-        const char* value = std::getenv(name);
-        return value == nullptr ? std::nullopt : std::optional<std::string>(value);
-    });
+    return scrivly::usualBackupFolders();
 }
 
 SeveralBackups::SeveralBackups(std::vector<BackupInfo> found)
