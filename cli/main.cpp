@@ -5,6 +5,7 @@
 #include "cli/Errors.h"
 #include "cli/Interrupts.h"
 
+#include "ScrivlyKit/history/Sources.h"
 #include "ScrivlyKit/platform/Memory.h"
 
 #include <cerrno>
@@ -22,6 +23,14 @@ int main(int argc, char** argv) {
     // would skip removing the temporary sample.
     std::signal(SIGPIPE, SIG_IGN);
     Interrupts interrupts;
+    // Every read works on a private copy there; an interrupt that ends the process removes this
+    // run's.
+    interrupts.removeLeasesOnInterrupt(scrivly::Sources::snapshotFolder());
+    // Work stopped by an interrupt ends with the status the shell expects of one.
+    const auto status = [&interrupts](int otherwise) {
+        const auto signal = interrupts.received();
+        return signal ? 128 + *signal : otherwise;
+    };
 
     try {
         const auto invocation = parse(argc, argv, std::cout);
@@ -33,14 +42,14 @@ int main(int argc, char** argv) {
             if (errno != EPIPE) {
                 std::cerr << "The output couldn’t be written.\n";
             }
-            return kExitFailure;
+            return status(kExitFailure);
         }
-        return kExitSuccess;
+        return status(kExitSuccess);
     } catch (const UsageError& error) {
         std::cerr << error.what() << '\n';
-        return kExitUsage;
+        return status(kExitUsage);
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';
-        return kExitFailure;
+        return status(kExitFailure);
     }
 }

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-// Pictures to bounded JPEG data, through libvips. Every failure gives nothing.
+// Pictures to bounded JPEG data, through libvips in a module loaded at the first call (see
+// PictureModule.h). Every failure gives nothing, and so does every call when the module can't be
+// loaded.
 namespace scrivly::ImageConverter {
 
 // A decoded picture: 8-bit sRGB pixels, RGB or RGBA, rows packed.
@@ -24,7 +26,8 @@ inline constexpr long long kMaxPixels = 200'000'000;
 // Decodes the file directly at reduced size (never the full picture), so the longer side is at
 // most maxPixelSize (smaller pictures keep their size), applies the EXIF orientation, flattens
 // transparency onto white and encodes a JPEG with quality 0..1. Gives nothing for anything but a
-// regular file (a folder, a pipe, a device is never opened) and for a picture above kMaxPixels.
+// regular file (a folder, a pipe, a device is never waited on; see PictureFile) and for a picture
+// above kMaxPixels.
 std::optional<std::vector<std::uint8_t>> jpegData(const std::string& path, int maxPixelSize,
                                                   double quality);
 

@@ -1,12 +1,12 @@
 #include "ScrivlyKit/export/PictureQueue.h"
 
 #include "ScrivlyKit/export/ImageConverter.h"
+#include "ScrivlyKit/export/PictureFile.h"
 #include "ScrivlyKit/platform/Memory.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <fstream>
 
 namespace scrivly {
 
@@ -15,9 +15,10 @@ namespace {
 // HEIC, HEIF and AVIF files are ISO media files: a box of type "ftyp" opens them. libheif
 // decodes them whole, whatever size is asked for.
 bool isDecodedWhole(const std::string& path) {
-    std::array<char, 12> head{};
-    std::ifstream file(path, std::ios::binary);
-    return file.read(head.data(), head.size()) && std::memcmp(head.data() + 4, "ftyp", 4) == 0;
+    std::array<std::uint8_t, 12> head{};
+    const auto file = PictureFile::open(path);
+    return file && PictureFile::readStart(*file, head) == head.size() &&
+           std::memcmp(head.data() + 4, "ftyp", 4) == 0;
 }
 
 unsigned workerCount(unsigned wanted) {

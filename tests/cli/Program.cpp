@@ -1,7 +1,9 @@
 #include "tests/cli/Program.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <poll.h>
 #include <spawn.h>
 #include <stdexcept>
@@ -93,14 +95,35 @@ Outcome runProgram(const std::vector<std::string>& arguments, const RunOptions& 
 
     Outcome outcome;
     bool interrupted = false;
+    std::chrono::steady_clock::time_point interruptedAt;
+    const auto interrupt = [&] {
+        ::kill(pid, options.interruptSignal);
+        interrupted = true;
+        interruptedAt = std::chrono::steady_clock::now();
+    };
+    const auto interruptAt =
+        options.interruptAfter
+            ? std::optional(std::chrono::steady_clock::now() + *options.interruptAfter)
+            : std::nullopt;
     pollfd descriptors[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
     int open = 2;
     while (open > 0) {
-        if (::poll(descriptors, 2, -1) < 0) {
+        int timeout = -1;
+        if (interruptAt && !interrupted) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+                *interruptAt - std::chrono::steady_clock::now());
+            timeout = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+        }
+        const int ready = ::poll(descriptors, 2, timeout);
+        if (ready < 0) {
             if (errno == EINTR) {
                 continue;
             }
             break;
+        }
+        if (ready == 0) {
+            interrupt();
+            continue;
         }
         for (int i = 0; i < 2; ++i) {
             if (descriptors[i].fd < 0 || descriptors[i].revents == 0) {
@@ -117,8 +140,7 @@ Outcome runProgram(const std::vector<std::string>& arguments, const RunOptions& 
             (i == 0 ? outcome.out : outcome.err).append(buffer, static_cast<std::size_t>(count));
             if (i == 1 && options.interruptWhen && !interrupted &&
                 options.interruptWhen(outcome.err)) {
-                ::kill(pid, SIGINT);
-                interrupted = true;
+                interrupt();
             }
         }
     }
@@ -126,6 +148,10 @@ Outcome runProgram(const std::vector<std::string>& arguments, const RunOptions& 
     while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    if (interrupted) {
+        outcome.afterInterrupt = std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::steady_clock::now() - interruptedAt);
+    }
     return outcome;
 }
 

@@ -121,12 +121,17 @@ TEST_F(ImageConverterTest, TransparencyBecomesWhite) {
 }
 
 TEST_F(ImageConverterTest, FailuresGiveNothing) {
-    // Text named as a picture, an empty file and a missing one.
+    // Text named as a picture, an empty file, a missing one, and a PNG whose first chunk is
+    // garbage (which its decoder would warn about on standard error).
     std::ofstream(m_folder.file("notes.jpg")) << "These are not the pixels you are looking for.";
     std::ofstream{m_folder.file("empty.png")};
-    for (const char* name : {"notes.jpg", "empty.png", "missing.heic"}) {
+    std::ofstream(m_folder.file("broken.png"), std::ios::binary)
+        << std::string("\x89PNG\r\n\x1a\n\0\0\0\x05\x01\x02\x03\x04garbage", 23);
+    ::testing::internal::CaptureStderr();
+    for (const char* name : {"notes.jpg", "empty.png", "missing.heic", "broken.png"}) {
         EXPECT_FALSE(jpegData(m_folder.file(name), 1600, 0.82).has_value()) << name;
     }
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
 
     auto wrongSize = plain(10, 10, kRed);
     wrongSize.pixels.pop_back();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <sys/stat.h>
 
 namespace scrivly {
 namespace {
@@ -35,8 +36,11 @@ TEST(PictureQueue, ConvertsEachPathOnceWhicheverOrderTheyAreTakenIn) {
     const auto heicLike = dir.file("fake.heic");
     std::ofstream(heicLike) << "\0\0\0\x18"
                                "ftypheic but no picture";
+    // Nothing ever writes to it: opened the usual way, it would wait forever.
+    const auto pipe = dir.file("pipe.heic");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     auto queued = paths;
-    queued.insert(queued.begin() + 3, {broken, paths[0], heicLike, heicLike});
+    queued.insert(queued.begin() + 3, {broken, paths[0], heicLike, heicLike, pipe});
 
     for (const unsigned workers : {1U, 3U}) {
         SCOPED_TRACE(workers);
@@ -48,6 +52,7 @@ TEST(PictureQueue, ConvertsEachPathOnceWhicheverOrderTheyAreTakenIn) {
         EXPECT_EQ(queue.take(paths[0]), first) << "a repeated path is converted once";
         EXPECT_EQ(queue.take(broken), nullptr);
         EXPECT_EQ(queue.take(heicLike), nullptr);
+        EXPECT_EQ(queue.take(pipe), nullptr);
         for (int index = 1; index < 30; ++index) {
             EXPECT_EQ(widthOf(queue.take(paths[index])), 10 + index);
         }
