@@ -1,6 +1,7 @@
 #include "ScrivlyKit/platform/FileSystem.h"
 
 #include "ScrivlyKit/platform/FileDescriptor.h"
+#include "ScrivlyKit/platform/UUID.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -255,6 +256,55 @@ void writeAll(int descriptor, std::string_view bytes, const std::string& path) {
     }
 }
 
+// Writes into an unnamed file in folder and gives it the destination's name only once it is
+// whole, so that nothing is left behind whenever the process ends, even killed outright. False
+// when the system or file system has no unnamed files; the caller then uses a named temporary.
+bool writeUnnamed(const std::string& path, const fs::path& folder, mode_t mode,
+                  std::string_view bytes) {
+#ifdef O_TMPFILE
+    Descriptor file(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode));
+    if (!file) {
+        if (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL) {
+            return false;
+        }
+        throwError("write", path, errno);
+    }
+    if (::fchmod(file.get(), mode) != 0) {
+        throwError("write", path, errno);
+    }
+    writeAll(file.get(), bytes, path);
+    if (::fsync(file.get()) != 0) {
+        throwError("write", path, errno);
+    }
+    // A link may not replace a file, so the whole file gets a temporary name first and is then
+    // renamed over the destination.
+    const std::string self = "/proc/self/fd/" + std::to_string(file.get());
+    for (int attempt = 0; attempt < 8; ++attempt) {
+        const std::string name =
+            (folder / ("." + fs::path(path).filename().string() + "." + randomUUID())).string();
+        if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+            if (errno == EEXIST) {
+                continue;
+            }
+            if (errno == ENOENT) {
+                return false; // no /proc to name the file by
+            }
+            throwError("write", path, errno);
+        }
+        if (::rename(name.c_str(), path.c_str()) != 0) {
+            const int error = errno;
+            ::unlink(name.c_str());
+            throwError("write", path, error);
+        }
+        return true;
+    }
+    throwError("write", path, EEXIST);
+#else
+    (void)path, (void)folder, (void)mode, (void)bytes;
+    return false;
+#endif
+}
+
 } // namespace
 
 void writeFileAtomically(const std::string& path, std::string_view bytes) {
@@ -266,17 +316,19 @@ void writeFileAtomically(const std::string& path, std::string_view bytes) {
     if (folder.empty()) {
         folder = ".";
     }
-    std::string pattern = (folder / ("." + destination.filename().string() + ".XXXXXX")).string();
-    Descriptor file(::mkstemp(pattern.data()));
+    // An existing file keeps its permissions; a new one gets the usual ones.
+    struct stat existing {};
+    const mode_t mode =
+        ::stat(path.c_str(), &existing) == 0 ? existing.st_mode & 07777 : newFileMode();
+    if (writeUnnamed(path, folder, mode, bytes)) {
+        return;
+    }
+    std::string temporary = (folder / ("." + destination.filename().string() + ".XXXXXX")).string();
+    Descriptor file(::mkstemp(temporary.data()));
     if (!file) {
         throwError("write", path, errno);
     }
-    const std::string& temporary = pattern;
     try {
-        // An existing file keeps its permissions; a new one gets the usual ones.
-        struct stat existing {};
-        const mode_t mode =
-            ::stat(path.c_str(), &existing) == 0 ? existing.st_mode & 07777 : newFileMode();
         if (::fchmod(file.get(), mode) != 0) {
             throwError("write", path, errno);
         }

@@ -47,8 +47,10 @@ int openError(const std::string& path) noexcept;
 
 // Writes bytes to path whole or not at all: they go to a temporary file beside it, which is
 // flushed to disk and renamed into place, so a failure or an interrupt never leaves a partial
-// file (the temporary one is removed). An existing file keeps its permissions; a new one gets
-// the usual ones. Throws std::filesystem::filesystem_error.
+// file (the temporary one is removed). Where the system allows (Linux), the temporary file has no
+// name until it is whole, so not even a process killed outright leaves one behind. An existing
+// file keeps its permissions; a new one gets the usual ones. Throws
+// std::filesystem::filesystem_error.
 void writeFileAtomically(const std::string& path, std::string_view bytes);
 
 // Writes all of bytes to an open descriptor, going on after interruptions. Throws
