@@ -1,4 +1,4 @@
-#include "Scrivly/ScrivlyApp.h"
+#include "Scrivly/screens/ScrivlyApp.h"
 
 #include "ScrivlyKit/platform/Memory.h"
 

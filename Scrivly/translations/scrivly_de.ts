@@ -4,27 +4,27 @@
 <context>
     <name>scrivly::AboutPanel</name>
     <message>
-        <location filename="../AboutPanel.cpp" line="13"/>
+        <location filename="../screens/AboutPanel.cpp" line="13"/>
         <source>About Scrivly</source>
         <translation>Über Scrivly</translation>
     </message>
     <message>
-        <location filename="../AboutPanel.cpp" line="28"/>
+        <location filename="../screens/AboutPanel.cpp" line="28"/>
         <source>Version %1</source>
         <translation>Version %1</translation>
     </message>
     <message>
-        <location filename="../AboutPanel.cpp" line="36"/>
+        <location filename="../screens/AboutPanel.cpp" line="36"/>
         <source>Export Messages conversations to clean, dated PDFs</source>
         <translation>Nachrichten-Verläufe als saubere, datierte PDFs exportieren</translation>
     </message>
     <message>
-        <location filename="../AboutPanel.cpp" line="37"/>
+        <location filename="../screens/AboutPanel.cpp" line="37"/>
         <source>Your messages stay on this Mac. Questions: %1</source>
         <translation>Deine Nachrichten bleiben auf diesem Mac. Fragen: %1</translation>
     </message>
     <message>
-        <location filename="../AboutPanel.cpp" line="48"/>
+        <location filename="../screens/AboutPanel.cpp" line="48"/>
         <source>OK</source>
         <translation>OK</translation>
     </message>
@@ -32,73 +32,73 @@
 <context>
     <name>scrivly::AccessView</name>
     <message>
-        <location filename="../AccessView.cpp" line="49"/>
+        <location filename="../screens/AccessView.cpp" line="49"/>
         <source>Let Scrivly read your Messages history</source>
         <translation>Erlaube Scrivly, deinen Nachrichten-Verlauf zu lesen</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="56"/>
+        <location filename="../screens/AccessView.cpp" line="56"/>
         <source>macOS keeps Messages private until you allow an app. It takes three steps.</source>
         <translation>macOS hält Nachrichten privat, bis du einer App den Zugriff erlaubst. Das geht in drei Schritten.</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="72"/>
+        <location filename="../screens/AccessView.cpp" line="72"/>
         <source>Open Full Disk Access in System Settings</source>
         <translation>Festplattenvollzugriff in den Systemeinstellungen öffnen</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="73"/>
+        <location filename="../screens/AccessView.cpp" line="73"/>
         <source>It’s in System Settings › Privacy &amp; Security › Full Disk Access.</source>
         <translation>Du findest ihn unter Systemeinstellungen › Datenschutz &amp; Sicherheit › Festplattenvollzugriff.</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="74"/>
+        <location filename="../screens/AccessView.cpp" line="74"/>
         <source>Open Full Disk Access Settings</source>
         <translation>Einstellungen für Festplattenvollzugriff öffnen</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="76"/>
+        <location filename="../screens/AccessView.cpp" line="76"/>
         <source>Turn on Scrivly</source>
         <translation>Scrivly einschalten</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="77"/>
+        <location filename="../screens/AccessView.cpp" line="77"/>
         <source>Find Scrivly in the list and turn its switch on. If it isn’t listed, click + and choose Scrivly, or drag it into the list from Finder.</source>
         <translation>Suche Scrivly in der Liste und schalte es ein. Fehlt es, klicke auf + und wähle Scrivly, oder ziehe es aus dem Finder in die Liste.</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="79"/>
+        <location filename="../screens/AccessView.cpp" line="79"/>
         <source>Show Scrivly in Finder</source>
         <translation>Scrivly im Finder zeigen</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="80"/>
+        <location filename="../screens/AccessView.cpp" line="80"/>
         <source>Come back here</source>
         <translation>Hierher zurückkommen</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="81"/>
+        <location filename="../screens/AccessView.cpp" line="81"/>
         <source>Scrivly checks again by itself when you return. If macOS offers to quit and reopen Scrivly, choose Quit &amp; Reopen.</source>
         <translation>Scrivly prüft von selbst erneut, wenn du zurückkommst. Bietet macOS an, Scrivly zu beenden und neu zu öffnen, wähle „Beenden &amp; erneut öffnen“.</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="90"/>
-        <location filename="../AccessView.cpp" line="95"/>
+        <location filename="../screens/AccessView.cpp" line="90"/>
+        <location filename="../screens/AccessView.cpp" line="95"/>
         <source>Step %1</source>
         <translation>Schritt %1</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="120"/>
+        <location filename="../screens/AccessView.cpp" line="120"/>
         <source>Scrivly reads a copy of the Messages database and never changes, moves or deletes your messages.</source>
         <translation>Scrivly liest eine Kopie der Nachrichten-Datenbank und ändert, verschiebt oder löscht deine Nachrichten nie.</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="122"/>
+        <location filename="../screens/AccessView.cpp" line="122"/>
         <source>Everything stays on this Mac. Your messages are never uploaded or sent anywhere.</source>
         <translation>Alles bleibt auf diesem Mac. Deine Nachrichten werden nie hochgeladen oder irgendwohin gesendet.</translation>
     </message>
     <message>
-        <location filename="../AccessView.cpp" line="123"/>
+        <location filename="../screens/AccessView.cpp" line="123"/>
         <source>You can turn access off again any time in the same place.</source>
         <translation>Du kannst den Zugriff an derselben Stelle jederzeit wieder ausschalten.</translation>
     </message>
@@ -106,364 +106,367 @@
 <context>
     <name>scrivly::AppModel</name>
     <message>
-        <location filename="../AppModel.cpp" line="161"/>
+        <location filename="../model/AppModel.cpp" line="152"/>
         <source>Me</source>
         <translation>Ich</translation>
     </message>
     <message>
-        <location filename="../AppModel.cpp" line="183"/>
-        <source>Page %1 of %2</source>
-        <translation>Seite %1 von %2</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="189"/>
-        <source>Participants</source>
-        <translation>Teilnehmer</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="190"/>
-        <source>Dates</source>
-        <translation>Zeitraum</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="191"/>
-        <source>All messages</source>
-        <translation>Alle Nachrichten</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="192"/>
-        <location filename="../AppModel.cpp" line="266"/>
-        <location filename="../AppModel.cpp" line="272"/>
-        <source>Messages</source>
-        <translation>Nachrichten</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="193"/>
-        <location filename="../AppModel.cpp" line="237"/>
-        <source>Attachments</source>
-        <translation>Anhänge</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="194"/>
-        <source>Exported</source>
-        <translation>Exportiert</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="195"/>
-        <source>Times shown in</source>
-        <translation>Uhrzeiten in</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="196"/>
-        <source>Source</source>
-        <translation>Quelle</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="197"/>
-        <source>The Messages history on this Mac, read by Scrivly. Scrivly lays the messages out; it doesn’t change their wording.</source>
-        <translation>Der Nachrichten-Verlauf auf diesem Mac, gelesen von Scrivly. Scrivly setzt die Nachrichten nur; ihren Wortlaut ändert es nicht.</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="200"/>
-        <source>Included: %1</source>
-        <translation>Enthalten: %1</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="204"/>
-        <location filename="../AppModel.cpp" line="238"/>
-        <source>Reactions</source>
-        <translation>Reaktionen</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="207"/>
-        <source>Loved</source>
-        <translation>Geliebt</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="208"/>
-        <source>Liked</source>
-        <translation>Gefällt</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="209"/>
-        <source>Disliked</source>
-        <translation>Gefällt nicht</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="210"/>
-        <source>Laughed</source>
-        <translation>Gelacht</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="211"/>
-        <source>Emphasized</source>
-        <translation>Hervorgehoben</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="212"/>
-        <source>Questioned</source>
-        <translation>Fragend</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="222"/>
-        <source>Attachment not on this Mac: %1</source>
-        <translation>Anhang nicht auf diesem Mac: %1</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="226"/>
-        <source>Attachment: %1 (%2)</source>
-        <translation>Anhang: %1 (%2)</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="231"/>
-        <source>Date</source>
-        <translation>Datum</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="232"/>
-        <source>Time</source>
-        <translation>Uhrzeit</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="233"/>
-        <source>Timestamp (ISO 8601)</source>
-        <translation>Zeitstempel (ISO 8601)</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="234"/>
-        <source>Sender</source>
-        <translation>Absender</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="235"/>
-        <source>From Me</source>
-        <translation>Von mir</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="236"/>
-        <source>Text</source>
-        <translation>Text</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="240"/>
-        <source>Yes</source>
-        <translation>Ja</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="241"/>
-        <source>No</source>
-        <translation>Nein</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="527"/>
+        <location filename="../model/AppModel.cpp" line="409"/>
         <source>1 other</source>
         <translation>1 weitere Person</translation>
     </message>
     <message>
-        <location filename="../AppModel.cpp" line="528"/>
+        <location filename="../model/AppModel.cpp" line="410"/>
         <source>%1 others</source>
         <translation>%1 weitere</translation>
     </message>
     <message>
-        <location filename="../AppModel.cpp" line="580"/>
+        <location filename="../model/AppModel.cpp" line="462"/>
         <source>This conversation couldn’t be read.</source>
         <translation>Diese Unterhaltung konnte nicht gelesen werden.</translation>
-    </message>
-    <message>
-        <location filename="../AppModel.cpp" line="791"/>
-        <location filename="../AppModel.cpp" line="814"/>
-        <source>The export couldn’t be saved: %1</source>
-        <translation>Der Export konnte nicht gesichert werden: %1</translation>
     </message>
 </context>
 <context>
     <name>scrivly::DesktopPlatform</name>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="38"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="41"/>
         <source>PDF document (*.pdf)</source>
         <translation>PDF-Dokument (*.pdf)</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="39"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="42"/>
         <source>CSV file (*.csv)</source>
         <translation>CSV-Datei (*.csv)</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="41"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="44"/>
         <source>Export</source>
         <translation>Exportieren</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="62"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="65"/>
         <source>Use Contacts</source>
         <translation>Kontakte verwenden</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="62"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="65"/>
         <source>Where are your contacts?</source>
         <translation>Wo sind deine Kontakte?</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="64"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="67"/>
         <source>Scrivly reads names from vCard files (.vcf) exported from your address book, or from a folder that holds them. It remembers your choice and never changes your contacts.</source>
         <translation>Scrivly liest Namen aus vCard-Dateien (.vcf), die aus deinem Adressbuch exportiert wurden, oder aus einem Ordner, der sie enthält. Es merkt sich deine Wahl und ändert deine Kontakte nie.</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="69"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="72"/>
         <source>Use This Mac’s Contacts</source>
         <translation>Kontakte dieses Mac verwenden</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="71"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="74"/>
         <source>Choose vCard Files…</source>
         <translation>vCard-Dateien auswählen …</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="72"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="75"/>
         <source>Choose a Folder…</source>
         <translation>Ordner auswählen …</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="73"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="76"/>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="83"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="86"/>
         <source>Choose vCard Files</source>
         <translation>vCard-Dateien auswählen</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="84"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="87"/>
         <source>vCard files (*.vcf *.vcard)</source>
         <translation>vCard-Dateien (*.vcf *.vcard)</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="84"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="87"/>
         <source>All files (*)</source>
         <translation>Alle Dateien (*)</translation>
     </message>
     <message>
-        <location filename="../DesktopPlatform.cpp" line="89"/>
+        <location filename="../screens/DesktopPlatform.cpp" line="92"/>
         <source>Choose a Contacts Folder</source>
         <translation>Kontakte-Ordner auswählen</translation>
     </message>
 </context>
 <context>
+    <name>scrivly::ExportFlow</name>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="51"/>
+        <source>Page %1 of %2</source>
+        <translation>Seite %1 von %2</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="56"/>
+        <source>Participants</source>
+        <translation>Teilnehmer</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="57"/>
+        <source>Dates</source>
+        <translation>Zeitraum</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="58"/>
+        <source>All messages</source>
+        <translation>Alle Nachrichten</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="59"/>
+        <location filename="../model/ExportFlow.cpp" line="149"/>
+        <location filename="../model/ExportFlow.cpp" line="155"/>
+        <source>Messages</source>
+        <translation>Nachrichten</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="60"/>
+        <location filename="../model/ExportFlow.cpp" line="104"/>
+        <source>Attachments</source>
+        <translation>Anhänge</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="61"/>
+        <source>Exported</source>
+        <translation>Exportiert</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="62"/>
+        <source>Times shown in</source>
+        <translation>Uhrzeiten in</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="63"/>
+        <source>Source</source>
+        <translation>Quelle</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="64"/>
+        <source>The Messages history on this Mac, read by Scrivly. Scrivly lays the messages out; it doesn’t change their wording.</source>
+        <translation>Der Nachrichten-Verlauf auf diesem Mac, gelesen von Scrivly. Scrivly setzt die Nachrichten nur; ihren Wortlaut ändert es nicht.</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="67"/>
+        <source>Included: %1</source>
+        <translation>Enthalten: %1</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="71"/>
+        <location filename="../model/ExportFlow.cpp" line="105"/>
+        <source>Reactions</source>
+        <translation>Reaktionen</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="74"/>
+        <source>Loved</source>
+        <translation>Geliebt</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="75"/>
+        <source>Liked</source>
+        <translation>Gefällt</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="76"/>
+        <source>Disliked</source>
+        <translation>Gefällt nicht</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="77"/>
+        <source>Laughed</source>
+        <translation>Gelacht</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="78"/>
+        <source>Emphasized</source>
+        <translation>Hervorgehoben</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="79"/>
+        <source>Questioned</source>
+        <translation>Fragend</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="89"/>
+        <source>Attachment not on this Mac: %1</source>
+        <translation>Anhang nicht auf diesem Mac: %1</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="93"/>
+        <source>Attachment: %1 (%2)</source>
+        <translation>Anhang: %1 (%2)</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="98"/>
+        <source>Date</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="99"/>
+        <source>Time</source>
+        <translation>Uhrzeit</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="100"/>
+        <source>Timestamp (ISO 8601)</source>
+        <translation>Zeitstempel (ISO 8601)</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="101"/>
+        <source>Sender</source>
+        <translation>Absender</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="102"/>
+        <source>From Me</source>
+        <translation>Von mir</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="103"/>
+        <source>Text</source>
+        <translation>Text</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="107"/>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="108"/>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+    <message>
+        <location filename="../model/ExportFlow.cpp" line="255"/>
+        <location filename="../model/ExportFlow.cpp" line="284"/>
+        <source>The export couldn’t be saved: %1</source>
+        <translation>Der Export konnte nicht gesichert werden: %1</translation>
+    </message>
+</context>
+<context>
     <name>scrivly::ExportSheet</name>
     <message>
-        <location filename="../ExportSheet.cpp" line="53"/>
+        <location filename="../screens/ExportSheet.cpp" line="53"/>
         <source>Cover page with participants, dates and counts</source>
         <translation>Deckblatt mit Teilnehmern, Zeitraum und Anzahlen</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="54"/>
+        <location filename="../screens/ExportSheet.cpp" line="54"/>
         <source>Photos in the PDF</source>
         <translation>Fotos im PDF</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="55"/>
-        <location filename="../ExportSheet.cpp" line="93"/>
+        <location filename="../screens/ExportSheet.cpp" line="55"/>
+        <location filename="../screens/ExportSheet.cpp" line="93"/>
         <source>First number</source>
         <translation>Erste Nummer</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="57"/>
+        <location filename="../screens/ExportSheet.cpp" line="57"/>
         <source>Cancel</source>
         <translation>Abbrechen</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="57"/>
+        <location filename="../screens/ExportSheet.cpp" line="57"/>
         <source>Close</source>
         <translation>Schließen</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="58"/>
+        <location filename="../screens/ExportSheet.cpp" line="58"/>
         <source>Preview</source>
         <translation>Vorschau</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="59"/>
+        <location filename="../screens/ExportSheet.cpp" line="59"/>
         <source>Export CSV…</source>
         <translation>CSV exportieren …</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="60"/>
+        <location filename="../screens/ExportSheet.cpp" line="60"/>
         <source>Export PDF…</source>
         <translation>PDF exportieren …</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="61"/>
+        <location filename="../screens/ExportSheet.cpp" line="61"/>
         <source>Export</source>
         <translation>Exportieren</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="67"/>
+        <location filename="../screens/ExportSheet.cpp" line="67"/>
         <source>Document</source>
         <translation>Dokument</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="70"/>
+        <location filename="../screens/ExportSheet.cpp" line="70"/>
         <source>Messages with…</source>
         <translation>Nachrichten mit …</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="71"/>
+        <location filename="../screens/ExportSheet.cpp" line="71"/>
         <source>Optional, e.g. a case name</source>
         <translation>Optional, z. B. ein Aktenzeichen</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="72"/>
+        <location filename="../screens/ExportSheet.cpp" line="72"/>
         <source>US Letter</source>
         <translation>US Letter</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="73"/>
+        <location filename="../screens/ExportSheet.cpp" line="73"/>
         <source>A4</source>
         <translation>A4</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="74"/>
-        <location filename="../ExportSheet.cpp" line="98"/>
+        <location filename="../screens/ExportSheet.cpp" line="74"/>
+        <location filename="../screens/ExportSheet.cpp" line="98"/>
         <source>Title</source>
         <translation>Titel</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="75"/>
-        <location filename="../ExportSheet.cpp" line="99"/>
+        <location filename="../screens/ExportSheet.cpp" line="75"/>
+        <location filename="../screens/ExportSheet.cpp" line="99"/>
         <source>Header on every page</source>
         <translation>Kopfzeile auf jeder Seite</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="76"/>
-        <location filename="../ExportSheet.cpp" line="100"/>
+        <location filename="../screens/ExportSheet.cpp" line="76"/>
+        <location filename="../screens/ExportSheet.cpp" line="100"/>
         <source>Paper</source>
         <translation>Papier</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="81"/>
+        <location filename="../screens/ExportSheet.cpp" line="81"/>
         <source>Page numbers</source>
         <translation>Seitenzahlen</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="84"/>
+        <location filename="../screens/ExportSheet.cpp" line="84"/>
         <source>Every page shows “Page 1 of 12”. Add a prefix to also number pages Bates-style at the bottom right.</source>
         <translation>Jede Seite zeigt „Seite 1 von 12“. Mit einem Präfix werden die Seiten zusätzlich unten rechts im Bates-Stil nummeriert.</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="90"/>
+        <location filename="../screens/ExportSheet.cpp" line="90"/>
         <source>Optional, e.g. SMITH-</source>
         <translation>Optional, z. B. MUELLER-</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="91"/>
-        <location filename="../ExportSheet.cpp" line="101"/>
+        <location filename="../screens/ExportSheet.cpp" line="91"/>
+        <location filename="../screens/ExportSheet.cpp" line="101"/>
         <source>Number prefix</source>
         <translation>Nummern-Präfix</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="105"/>
-        <location filename="../ExportSheet.cpp" line="109"/>
+        <location filename="../screens/ExportSheet.cpp" line="105"/>
+        <location filename="../screens/ExportSheet.cpp" line="109"/>
         <source>Making the PDF…</source>
         <translation>PDF wird erstellt …</translation>
     </message>
@@ -471,122 +474,122 @@
 <context>
     <name>scrivly::HelpView</name>
     <message>
-        <location filename="../HelpView.cpp" line="30"/>
+        <location filename="../screens/HelpView.cpp" line="30"/>
         <source>Getting started</source>
         <translation>Erste Schritte</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="32"/>
+        <location filename="../screens/HelpView.cpp" line="32"/>
         <source>The first time, Scrivly asks for Full Disk Access: macOS keeps Messages private until you allow an app. Choose Open Full Disk Access Settings, turn Scrivly on, and come back. If macOS offers to quit and reopen Scrivly, choose Quit &amp; Reopen.</source>
         <translation>Beim ersten Start bittet Scrivly um Festplattenvollzugriff: macOS hält Nachrichten privat, bis du einer App den Zugriff erlaubst. Wähle „Einstellungen für Festplattenvollzugriff öffnen“, schalte Scrivly ein und komm zurück. Bietet macOS an, Scrivly zu beenden und neu zu öffnen, wähle „Beenden &amp; erneut öffnen“.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="35"/>
+        <location filename="../screens/HelpView.cpp" line="35"/>
         <source>Choose Use Contacts so phone numbers and emails show as names. Without it, exports show the numbers.</source>
         <translation>Wähle „Kontakte verwenden“, damit Telefonnummern und E-Mail-Adressen als Namen erscheinen. Ohne das zeigen Exporte die Nummern.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="37"/>
+        <location filename="../screens/HelpView.cpp" line="37"/>
         <source>Pick a person or group on the left. One person’s iMessage and text-message (SMS) chats are shown together.</source>
         <translation>Wähle links eine Person oder Gruppe. iMessage- und SMS-Chats mit derselben Person werden zusammen gezeigt.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="40"/>
+        <location filename="../screens/HelpView.cpp" line="40"/>
         <source>Exporting</source>
         <translation>Exportieren</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="42"/>
+        <location filename="../screens/HelpView.cpp" line="42"/>
         <source>Set a date range with From and To (whole days), then choose Export… (%1). Preview shows the PDF before you save it.</source>
         <translation>Lege mit „Von“ und „Bis“ einen Zeitraum fest (ganze Tage) und wähle dann „Exportieren …“ (%1). Die Vorschau zeigt das PDF, bevor du es sicherst.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="45"/>
+        <location filename="../screens/HelpView.cpp" line="45"/>
         <source>PDFs label every sender, show the time of each message, put photos inline (iPhone HEIC photos become JPEG), list other files by name, and show reactions as text under the message.</source>
         <translation>PDFs nennen jeden Absender, zeigen die Uhrzeit jeder Nachricht, setzen Fotos in den Text (HEIC-Fotos vom iPhone werden zu JPEG), führen andere Dateien mit Namen auf und zeigen Reaktionen als Text unter der Nachricht.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="48"/>
+        <location filename="../screens/HelpView.cpp" line="48"/>
         <source>Every page is numbered “Page 1 of 12”. Add a number prefix for Bates-style numbers at the bottom right (SMITH-000001, SMITH-000002…), and a header such as a case name at the top of every page. The cover page lists the participants, dates and counts.</source>
         <translation>Jede Seite trägt „Seite 1 von 12“. Mit einem Nummern-Präfix kommen Bates-Nummern unten rechts dazu (MUELLER-000001, MUELLER-000002 …), mit einer Kopfzeile etwa ein Aktenzeichen oben auf jeder Seite. Das Deckblatt nennt Teilnehmer, Zeitraum und Anzahlen.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="51"/>
+        <location filename="../screens/HelpView.cpp" line="51"/>
         <source>CSV saves one row per message (date, time, sender, text, attachments, reactions) for Numbers or Excel.</source>
         <translation>CSV sichert eine Zeile pro Nachricht (Datum, Uhrzeit, Absender, Text, Anhänge, Reaktionen) für Numbers oder Excel.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="53"/>
+        <location filename="../screens/HelpView.cpp" line="53"/>
         <source>Scrivly lays messages out; it doesn’t change their wording. Whether a printout is accepted somewhere (a court, an insurer) is up to them: ask before you rely on it.</source>
         <translation>Scrivly setzt Nachrichten nur; ihren Wortlaut ändert es nicht. Ob ein Ausdruck irgendwo anerkannt wird (vor Gericht, bei einer Versicherung), entscheiden die Empfänger: Frag nach, bevor du dich darauf verlässt.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="57"/>
+        <location filename="../screens/HelpView.cpp" line="57"/>
         <source>Missing messages or photos</source>
         <translation>Fehlende Nachrichten oder Fotos</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="59"/>
+        <location filename="../screens/HelpView.cpp" line="59"/>
         <source>Scrivly reads the Messages history on this Mac. If a conversation or older messages are missing, turn on Messages in iCloud (Messages › Settings › iMessage) and let it download, then choose File › Reload Messages (%1).</source>
         <translation>Scrivly liest den Nachrichten-Verlauf auf diesem Mac. Fehlen eine Unterhaltung oder ältere Nachrichten, schalte „Nachrichten in iCloud“ ein (Nachrichten › Einstellungen › iMessage), lass alles laden und wähle dann Ablage › Nachrichten neu laden (%1).</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="63"/>
+        <location filename="../screens/HelpView.cpp" line="63"/>
         <source>Photos that Messages keeps only in iCloud show as “not on this Mac”. Open the conversation in Messages to download them, then reload.</source>
         <translation>Fotos, die Nachrichten nur in iCloud aufbewahrt, erscheinen als „nicht auf diesem Mac“. Öffne die Unterhaltung in Nachrichten, um sie zu laden, und lade dann neu.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="65"/>
+        <location filename="../screens/HelpView.cpp" line="65"/>
         <source>Unsent messages aren’t included: Messages doesn’t keep their words.</source>
         <translation>Zurückgerufene Nachrichten fehlen: Nachrichten bewahrt ihren Wortlaut nicht auf.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="67"/>
+        <location filename="../screens/HelpView.cpp" line="67"/>
         <source>Your data and privacy</source>
         <translation>Deine Daten und Datenschutz</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="69"/>
+        <location filename="../screens/HelpView.cpp" line="69"/>
         <source>Each time Scrivly reads your messages (the list, or a conversation you open), it copies the Messages database into a private temporary folder, reads the copy and deletes it right away. No copy is kept between reads, and if Scrivly stops unexpectedly, it clears anything left the next time it opens. It never writes to Messages’ files, and nothing about your messages or contacts is uploaded or sent anywhere.</source>
         <translation>Jedes Mal, wenn Scrivly deine Nachrichten liest (die Liste oder eine geöffnete Unterhaltung), kopiert es die Nachrichten-Datenbank in einen privaten temporären Ordner, liest die Kopie und löscht sie sofort. Zwischen zwei Lesevorgängen bleibt keine Kopie liegen, und falls Scrivly unerwartet endet, räumt es beim nächsten Öffnen alles Übrige weg. Es schreibt nie in die Dateien von Nachrichten, und nichts über deine Nachrichten oder Kontakte wird hochgeladen oder irgendwohin gesendet.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="75"/>
+        <location filename="../screens/HelpView.cpp" line="75"/>
         <source>Exports are new files, saved only where you choose.</source>
         <translation>Exporte sind neue Dateien, gesichert nur dort, wo du es bestimmst.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="76"/>
+        <location filename="../screens/HelpView.cpp" line="76"/>
         <source>Scrivly connects to the internet only to look for updates on its website, %1. It sends nothing about you or your messages when it does.</source>
         <translation>Scrivly verbindet sich nur mit dem Internet, um auf seiner Website %1 nach Updates zu suchen. Dabei sendet es nichts über dich oder deine Nachrichten.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="80"/>
+        <location filename="../screens/HelpView.cpp" line="80"/>
         <source>Support</source>
         <translation>Support</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="82"/>
+        <location filename="../screens/HelpView.cpp" line="82"/>
         <source>Questions, ideas or a problem? Email %1; a person reads every message.</source>
         <translation>Fragen, Ideen oder ein Problem? Schreib an %1; ein Mensch liest jede Nachricht.</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="90"/>
+        <location filename="../screens/HelpView.cpp" line="90"/>
         <source>Scrivly Help</source>
         <translation>Scrivly-Hilfe</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="101"/>
+        <location filename="../screens/HelpView.cpp" line="101"/>
         <source>Help topics</source>
         <translation>Hilfethemen</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="110"/>
+        <location filename="../screens/HelpView.cpp" line="110"/>
         <source>Help text</source>
         <translation>Hilfetext</translation>
     </message>
     <message>
-        <location filename="../HelpView.cpp" line="120"/>
+        <location filename="../screens/HelpView.cpp" line="120"/>
         <source>Scrivly on the web: %1</source>
         <translation>Scrivly im Web: %1</translation>
     </message>
@@ -594,64 +597,64 @@
 <context>
     <name>scrivly::MainView</name>
     <message>
-        <location filename="../MainView.cpp" line="75"/>
-        <location filename="../MainView.cpp" line="76"/>
+        <location filename="../screens/MainView.cpp" line="75"/>
+        <location filename="../screens/MainView.cpp" line="76"/>
         <source>Search names or numbers</source>
         <translation>Namen oder Nummern suchen</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="81"/>
+        <location filename="../screens/MainView.cpp" line="81"/>
         <source>Reload Messages</source>
         <translation>Nachrichten neu laden</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="82"/>
+        <location filename="../screens/MainView.cpp" line="82"/>
         <source>Read Messages again for anything new (%1)</source>
         <translation>Nachrichten erneut lesen, um Neues zu sehen (%1)</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="86"/>
-        <location filename="../MainView.cpp" line="88"/>
+        <location filename="../screens/MainView.cpp" line="86"/>
+        <location filename="../screens/MainView.cpp" line="88"/>
         <source>Export</source>
         <translation>Exportieren</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="89"/>
+        <location filename="../screens/MainView.cpp" line="89"/>
         <source>Export this conversation as a PDF or CSV (%1)</source>
         <translation>Diese Unterhaltung als PDF oder CSV exportieren (%1)</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="99"/>
+        <location filename="../screens/MainView.cpp" line="99"/>
         <source>Conversations</source>
         <translation>Unterhaltungen</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="102"/>
+        <location filename="../screens/MainView.cpp" line="102"/>
         <source>No Conversations</source>
         <translation>Keine Unterhaltungen</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="103"/>
+        <location filename="../screens/MainView.cpp" line="103"/>
         <source>Messages on this Mac has no conversations yet.</source>
         <translation>Nachrichten auf diesem Mac hat noch keine Unterhaltungen.</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="210"/>
+        <location filename="../screens/MainView.cpp" line="210"/>
         <source>Show names instead of numbers.</source>
         <translation>Namen statt Nummern zeigen.</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="211"/>
+        <location filename="../screens/MainView.cpp" line="211"/>
         <source>Use Contacts</source>
         <translation>Kontakte verwenden</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="216"/>
+        <location filename="../screens/MainView.cpp" line="216"/>
         <source>Contacts is off: numbers show instead of names.</source>
         <translation>Kontakte ist aus: Statt Namen erscheinen Nummern.</translation>
     </message>
     <message>
-        <location filename="../MainView.cpp" line="217"/>
+        <location filename="../screens/MainView.cpp" line="217"/>
         <source>Open Settings</source>
         <translation>Einstellungen öffnen</translation>
     </message>
@@ -659,195 +662,195 @@
 <context>
     <name>scrivly::MainWindow</name>
     <message>
-        <location filename="../MainWindow.cpp" line="45"/>
+        <location filename="../screens/MainWindow.cpp" line="45"/>
         <source>No Messages history on this Mac</source>
         <translation>Kein Nachrichten-Verlauf auf diesem Mac</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="46"/>
+        <location filename="../screens/MainWindow.cpp" line="46"/>
         <source>Open Messages and sign in, or turn on Messages in iCloud (Messages › Settings › iMessage) so your conversations download to this Mac. Then check again.</source>
         <translation>Öffne Nachrichten und melde dich an, oder schalte „Nachrichten in iCloud“ ein (Nachrichten › Einstellungen › iMessage), damit deine Unterhaltungen auf diesen Mac geladen werden. Prüfe dann erneut.</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="49"/>
+        <location filename="../screens/MainWindow.cpp" line="49"/>
         <source>Check Again</source>
         <translation>Erneut prüfen</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="53"/>
+        <location filename="../screens/MainWindow.cpp" line="53"/>
         <source>Open a Messages Database…</source>
         <translation>Nachrichten-Datenbank öffnen …</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="55"/>
+        <location filename="../screens/MainWindow.cpp" line="55"/>
         <source>Try the Sample History</source>
         <translation>Beispielverlauf ausprobieren</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="59"/>
+        <location filename="../screens/MainWindow.cpp" line="59"/>
         <source>Reading your Messages history…</source>
         <translation>Dein Nachrichten-Verlauf wird gelesen …</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="60"/>
+        <location filename="../screens/MainWindow.cpp" line="60"/>
         <source>Messages couldn’t be read</source>
         <translation>Nachrichten konnten nicht gelesen werden</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="61"/>
+        <location filename="../screens/MainWindow.cpp" line="61"/>
         <source>Try Again</source>
         <translation>Erneut versuchen</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="85"/>
+        <location filename="../screens/MainWindow.cpp" line="85"/>
         <source>&amp;File</source>
         <translation>&amp;Ablage</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="87"/>
+        <location filename="../screens/MainWindow.cpp" line="87"/>
         <source>Open Messages Database…</source>
         <translation>Nachrichten-Datenbank öffnen …</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="91"/>
+        <location filename="../screens/MainWindow.cpp" line="91"/>
         <source>Export…</source>
         <translation>Exportieren …</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="94"/>
+        <location filename="../screens/MainWindow.cpp" line="94"/>
         <source>Preview PDF</source>
         <translation>PDF-Vorschau</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="95"/>
+        <location filename="../screens/MainWindow.cpp" line="95"/>
         <source>Export as CSV…</source>
         <translation>Als CSV exportieren …</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="98"/>
+        <location filename="../screens/MainWindow.cpp" line="98"/>
         <source>Reload Messages</source>
         <translation>Nachrichten neu laden</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="101"/>
+        <location filename="../screens/MainWindow.cpp" line="101"/>
         <source>Quit</source>
         <translation>Beenden</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="105"/>
+        <location filename="../screens/MainWindow.cpp" line="105"/>
         <source>&amp;Edit</source>
         <translation>&amp;Bearbeiten</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="106"/>
+        <location filename="../screens/MainWindow.cpp" line="106"/>
         <source>Find</source>
         <translation>Suchen</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="114"/>
+        <location filename="../screens/MainWindow.cpp" line="114"/>
         <source>Settings…</source>
         <translation>Einstellungen …</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="118"/>
+        <location filename="../screens/MainWindow.cpp" line="118"/>
         <source>&amp;Help</source>
         <translation>&amp;Hilfe</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="119"/>
+        <location filename="../screens/MainWindow.cpp" line="119"/>
         <source>Scrivly Help</source>
         <translation>Scrivly-Hilfe</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="123"/>
+        <location filename="../screens/MainWindow.cpp" line="123"/>
         <source>About Scrivly</source>
         <translation>Über Scrivly</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="126"/>
+        <location filename="../screens/MainWindow.cpp" line="126"/>
         <source>Check for Updates…</source>
         <translation>Nach Updates suchen …</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="261"/>
-        <location filename="../MainWindow.cpp" line="262"/>
+        <location filename="../screens/MainWindow.cpp" line="261"/>
+        <location filename="../screens/MainWindow.cpp" line="262"/>
         <source>Something went wrong</source>
         <translation>Etwas ist schiefgegangen</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="264"/>
-        <location filename="../MainWindow.cpp" line="328"/>
-        <location filename="../MainWindow.cpp" line="334"/>
+        <location filename="../screens/MainWindow.cpp" line="264"/>
+        <location filename="../screens/MainWindow.cpp" line="328"/>
+        <location filename="../screens/MainWindow.cpp" line="334"/>
         <source>OK</source>
         <translation>OK</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="304"/>
+        <location filename="../screens/MainWindow.cpp" line="304"/>
         <source>Open a Messages Database</source>
         <translation>Nachrichten-Datenbank öffnen</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="305"/>
+        <location filename="../screens/MainWindow.cpp" line="305"/>
         <source>Messages databases (chat.db sms.db *.db)</source>
         <translation>Nachrichten-Datenbanken (chat.db sms.db *.db)</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="306"/>
+        <location filename="../screens/MainWindow.cpp" line="306"/>
         <source>All files (*)</source>
         <translation>Alle Dateien (*)</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="323"/>
+        <location filename="../screens/MainWindow.cpp" line="323"/>
         <source>You’re up to date</source>
         <translation>Du bist auf dem neuesten Stand</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="325"/>
+        <location filename="../screens/MainWindow.cpp" line="325"/>
         <source> is the newest version. </source>
         <translation> ist die neueste Version. </translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="326"/>
+        <location filename="../screens/MainWindow.cpp" line="326"/>
         <source> checks for updates on its own and will let you know when there’s a new one.</source>
         <translation> sucht selbst nach Updates und meldet sich, wenn es ein neues gibt.</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="331"/>
+        <location filename="../screens/MainWindow.cpp" line="331"/>
         <source>Couldn’t check for updates</source>
         <translation>Nach Updates suchen ist fehlgeschlagen</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="332"/>
+        <location filename="../screens/MainWindow.cpp" line="332"/>
         <source>Check your internet connection and try again. </source>
         <translation>Prüfe deine Internetverbindung und versuche es erneut. </translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="333"/>
+        <location filename="../screens/MainWindow.cpp" line="333"/>
         <source> also checks on its own about once a day.</source>
         <translation> sucht außerdem etwa einmal am Tag selbst.</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="337"/>
+        <location filename="../screens/MainWindow.cpp" line="337"/>
         <source>A new version of %1 is available</source>
         <translation>Eine neue Version von %1 ist verfügbar</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="339"/>
+        <location filename="../screens/MainWindow.cpp" line="339"/>
         <source>%1 %2 is out; you have %3.</source>
         <translation>%1 %2 ist erschienen; du hast %3.</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="340"/>
+        <location filename="../screens/MainWindow.cpp" line="340"/>
         <source>Download</source>
         <translation>Laden</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="341"/>
+        <location filename="../screens/MainWindow.cpp" line="341"/>
         <source>Later</source>
         <translation>Später</translation>
     </message>
     <message>
-        <location filename="../MainWindow.cpp" line="348"/>
+        <location filename="../screens/MainWindow.cpp" line="348"/>
         <source>Check for Updates</source>
         <translation>Nach Updates suchen</translation>
     </message>
@@ -855,28 +858,28 @@
 <context>
     <name>scrivly::PreviewSheet</name>
     <message>
-        <location filename="../PreviewSheet.cpp" line="18"/>
-        <location filename="../PreviewSheet.cpp" line="28"/>
+        <location filename="../screens/PreviewSheet.cpp" line="18"/>
+        <location filename="../screens/PreviewSheet.cpp" line="28"/>
         <source>Preview</source>
         <translation>Vorschau</translation>
     </message>
     <message>
-        <location filename="../PreviewSheet.cpp" line="41"/>
+        <location filename="../screens/PreviewSheet.cpp" line="41"/>
         <source>Back</source>
         <translation>Zurück</translation>
     </message>
     <message>
-        <location filename="../PreviewSheet.cpp" line="44"/>
+        <location filename="../screens/PreviewSheet.cpp" line="44"/>
         <source>Export PDF…</source>
         <translation>PDF exportieren …</translation>
     </message>
     <message>
-        <location filename="../PreviewSheet.cpp" line="56"/>
+        <location filename="../screens/PreviewSheet.cpp" line="56"/>
         <source>1 page</source>
         <translation>1 Seite</translation>
     </message>
     <message>
-        <location filename="../PreviewSheet.cpp" line="56"/>
+        <location filename="../screens/PreviewSheet.cpp" line="56"/>
         <source>%1 pages</source>
         <translation>%1 Seiten</translation>
     </message>
@@ -884,12 +887,12 @@
 <context>
     <name>scrivly::SavedLine</name>
     <message>
-        <location filename="../ExportSheet.cpp" line="33"/>
+        <location filename="../screens/ExportSheet.cpp" line="33"/>
         <source>Show in Finder</source>
         <translation>Im Finder zeigen</translation>
     </message>
     <message>
-        <location filename="../ExportSheet.cpp" line="45"/>
+        <location filename="../screens/ExportSheet.cpp" line="45"/>
         <source>Saved %1</source>
         <translation>Gesichert: %1</translation>
     </message>
@@ -897,42 +900,42 @@
 <context>
     <name>scrivly::ScrivlyApp</name>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="52"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="52"/>
         <source>Export Messages conversations to clean, dated PDFs</source>
         <translation>Nachrichten-Verläufe als saubere, datierte PDFs exportieren</translation>
     </message>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="58"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="58"/>
         <source>Read the made-up sample history.</source>
         <translation>Den erfundenen Beispielverlauf lesen.</translation>
     </message>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="61"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="61"/>
         <source>Read the Messages database at PATH.</source>
         <translation>Die Nachrichten-Datenbank unter PATH lesen.</translation>
     </message>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="65"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="65"/>
         <source>Show Scrivly in this language (for example de).</source>
         <translation>Scrivly in dieser Sprache zeigen (zum Beispiel en).</translation>
     </message>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="70"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="70"/>
         <source>Don’t look for updates on your own.</source>
         <translation>Nicht selbst nach Updates suchen.</translation>
     </message>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="73"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="73"/>
         <source>Save a picture of the window to FILE and quit.</source>
         <translation>Ein Bild des Fensters in FILE sichern und beenden.</translation>
     </message>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="78"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="78"/>
         <source>With --screenshot: the sheet or window to show (welcome, export, preview, settings, help).</source>
         <translation>Mit --screenshot: das zu zeigende Blatt oder Fenster (welcome, export, preview, settings, help).</translation>
     </message>
     <message>
-        <location filename="../ScrivlyApp.cpp" line="84"/>
+        <location filename="../screens/ScrivlyApp.cpp" line="84"/>
         <source>With --screenshot: the conversation to show.</source>
         <translation>Mit --screenshot: die zu zeigende Unterhaltung.</translation>
     </message>
@@ -940,104 +943,104 @@
 <context>
     <name>scrivly::SettingsView</name>
     <message>
-        <location filename="../SettingsView.cpp" line="21"/>
+        <location filename="../screens/SettingsView.cpp" line="21"/>
         <source>Cover page</source>
         <translation>Deckblatt</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="22"/>
+        <location filename="../screens/SettingsView.cpp" line="22"/>
         <source>Photos in PDFs</source>
         <translation>Fotos in PDFs</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="23"/>
+        <location filename="../screens/SettingsView.cpp" line="23"/>
         <source>Settings</source>
         <translation>Einstellungen</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="30"/>
+        <location filename="../screens/SettingsView.cpp" line="30"/>
         <source>Getting started</source>
         <translation>Erste Schritte</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="32"/>
+        <location filename="../screens/SettingsView.cpp" line="32"/>
         <source>Show the Welcome Screen Again</source>
         <translation>Willkommensbildschirm erneut zeigen</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="37"/>
+        <location filename="../screens/SettingsView.cpp" line="37"/>
         <source>Exports</source>
         <translation>Exporte</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="40"/>
+        <location filename="../screens/SettingsView.cpp" line="40"/>
         <source>Me</source>
         <translation>Ich</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="41"/>
-        <location filename="../SettingsView.cpp" line="42"/>
+        <location filename="../screens/SettingsView.cpp" line="41"/>
+        <location filename="../screens/SettingsView.cpp" line="42"/>
         <source>Your name in exports</source>
         <translation>Dein Name in Exporten</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="43"/>
+        <location filename="../screens/SettingsView.cpp" line="43"/>
         <source>US Letter</source>
         <translation>US Letter</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="44"/>
+        <location filename="../screens/SettingsView.cpp" line="44"/>
         <source>A4</source>
         <translation>A4</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="45"/>
-        <location filename="../SettingsView.cpp" line="46"/>
+        <location filename="../screens/SettingsView.cpp" line="45"/>
+        <location filename="../screens/SettingsView.cpp" line="46"/>
         <source>Paper</source>
         <translation>Papier</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="51"/>
+        <location filename="../screens/SettingsView.cpp" line="51"/>
         <source>Access</source>
         <translation>Zugriff</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="57"/>
+        <location filename="../screens/SettingsView.cpp" line="57"/>
         <source>Open Full Disk Access Settings</source>
         <translation>Einstellungen für Festplattenvollzugriff öffnen</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="61"/>
+        <location filename="../screens/SettingsView.cpp" line="61"/>
         <source>Open a Messages Database…</source>
         <translation>Nachrichten-Datenbank öffnen …</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="64"/>
+        <location filename="../screens/SettingsView.cpp" line="64"/>
         <source>Messages history</source>
         <translation>Nachrichten-Verlauf</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="65"/>
+        <location filename="../screens/SettingsView.cpp" line="65"/>
         <source>Contacts</source>
         <translation>Kontakte</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="66"/>
+        <location filename="../screens/SettingsView.cpp" line="66"/>
         <source>Scrivly reads a temporary copy of your Messages history and deletes it after each read. Nothing is uploaded.</source>
         <translation>Scrivly liest eine temporäre Kopie deines Nachrichten-Verlaufs und löscht sie nach jedem Lesen. Nichts wird hochgeladen.</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="93"/>
+        <location filename="../screens/SettingsView.cpp" line="93"/>
         <source>Check for Updates…</source>
         <translation>Nach Updates suchen …</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="150"/>
+        <location filename="../screens/SettingsView.cpp" line="144"/>
         <source>Use Contacts for Names</source>
         <translation>Kontakte für Namen verwenden</translation>
     </message>
     <message>
-        <location filename="../SettingsView.cpp" line="150"/>
+        <location filename="../screens/SettingsView.cpp" line="144"/>
         <source>Open Contacts Settings</source>
         <translation>Kontakte-Einstellungen öffnen</translation>
     </message>
@@ -1045,7 +1048,7 @@
 <context>
     <name>scrivly::Spinner</name>
     <message>
-        <location filename="../Spinner.cpp" line="13"/>
+        <location filename="../screens/Spinner.cpp" line="13"/>
         <source>Working</source>
         <translation>Wird bearbeitet</translation>
     </message>
@@ -1053,12 +1056,12 @@
 <context>
     <name>scrivly::TranscriptDelegate</name>
     <message>
-        <location filename="../TranscriptModel.cpp" line="422"/>
+        <location filename="../screens/TranscriptModel.cpp" line="415"/>
         <source>Photo: %1</source>
         <translation>Foto: %1</translation>
     </message>
     <message>
-        <location filename="../TranscriptModel.cpp" line="426"/>
+        <location filename="../screens/TranscriptModel.cpp" line="419"/>
         <source>Not on this Mac: %1</source>
         <translation>Nicht auf diesem Mac: %1</translation>
     </message>
@@ -1066,17 +1069,17 @@
 <context>
     <name>scrivly::TranscriptModel</name>
     <message>
-        <location filename="../TranscriptModel.cpp" line="212"/>
+        <location filename="../screens/TranscriptModel.cpp" line="205"/>
         <source>%1, %2</source>
         <translation>%1, %2</translation>
     </message>
     <message>
-        <location filename="../TranscriptModel.cpp" line="219"/>
+        <location filename="../screens/TranscriptModel.cpp" line="212"/>
         <source>Photo: %1</source>
         <translation>Foto: %1</translation>
     </message>
     <message>
-        <location filename="../TranscriptModel.cpp" line="222"/>
+        <location filename="../screens/TranscriptModel.cpp" line="215"/>
         <source>Not on this Mac: %1</source>
         <translation>Nicht auf diesem Mac: %1</translation>
     </message>
@@ -1084,67 +1087,67 @@
 <context>
     <name>scrivly::TranscriptView</name>
     <message>
-        <location filename="../TranscriptView.cpp" line="45"/>
+        <location filename="../screens/TranscriptView.cpp" line="46"/>
         <source>From</source>
         <translation>Von</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="46"/>
+        <location filename="../screens/TranscriptView.cpp" line="47"/>
         <source>To</source>
         <translation>Bis</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="47"/>
+        <location filename="../screens/TranscriptView.cpp" line="48"/>
         <source>Preview PDF</source>
         <translation>PDF-Vorschau</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="48"/>
+        <location filename="../screens/TranscriptView.cpp" line="49"/>
         <source>Export</source>
         <translation>Exportieren</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="60"/>
+        <location filename="../screens/TranscriptView.cpp" line="61"/>
         <source>From date</source>
         <translation>Von-Datum</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="61"/>
+        <location filename="../screens/TranscriptView.cpp" line="62"/>
         <source>To date</source>
         <translation>Bis-Datum</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="74"/>
+        <location filename="../screens/TranscriptView.cpp" line="75"/>
         <source>Export this conversation as a PDF or CSV (%1)</source>
         <translation>Diese Unterhaltung als PDF oder CSV exportieren (%1)</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="87"/>
+        <location filename="../screens/TranscriptView.cpp" line="88"/>
         <source>Choose a Conversation</source>
         <translation>Wähle eine Unterhaltung</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="89"/>
+        <location filename="../screens/TranscriptView.cpp" line="90"/>
         <source>Pick a person or group on the left to see and export their messages.</source>
         <translation>Wähle links eine Person oder Gruppe, um ihre Nachrichten zu sehen und zu exportieren.</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="91"/>
+        <location filename="../screens/TranscriptView.cpp" line="92"/>
         <source>No Messages in These Dates</source>
         <translation>Keine Nachrichten in diesem Zeitraum</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="92"/>
+        <location filename="../screens/TranscriptView.cpp" line="93"/>
         <source>Widen the date range to see more.</source>
         <translation>Erweitere den Zeitraum, um mehr zu sehen.</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="109"/>
+        <location filename="../screens/TranscriptView.cpp" line="110"/>
         <source>Transcript</source>
         <translation>Verlauf</translation>
     </message>
     <message>
-        <location filename="../TranscriptView.cpp" line="110"/>
+        <location filename="../screens/TranscriptView.cpp" line="111"/>
         <source>Copy</source>
         <translation>Kopieren</translation>
     </message>
@@ -1152,53 +1155,53 @@
 <context>
     <name>scrivly::WelcomeView</name>
     <message>
-        <location filename="../WelcomeView.cpp" line="17"/>
-        <location filename="../WelcomeView.cpp" line="28"/>
+        <location filename="../screens/WelcomeView.cpp" line="17"/>
+        <location filename="../screens/WelcomeView.cpp" line="28"/>
         <source>Welcome to Scrivly</source>
         <translation>Willkommen bei Scrivly</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="35"/>
+        <location filename="../screens/WelcomeView.cpp" line="35"/>
         <source>Export Messages conversations to clean, dated PDFs</source>
         <translation>Nachrichten-Verläufe als saubere, datierte PDFs exportieren</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="51"/>
+        <location filename="../screens/WelcomeView.cpp" line="51"/>
         <source>Private by design</source>
         <translation>Privat von Grund auf</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="52"/>
+        <location filename="../screens/WelcomeView.cpp" line="52"/>
         <source>Scrivly reads a copy of your Messages history on this Mac. Nothing is uploaded, and your messages are never changed.</source>
         <translation>Scrivly liest eine Kopie deines Nachrichten-Verlaufs auf diesem Mac. Nichts wird hochgeladen, und deine Nachrichten werden nie verändert.</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="54"/>
+        <location filename="../screens/WelcomeView.cpp" line="54"/>
         <source>Pick a person or group</source>
         <translation>Person oder Gruppe wählen</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="55"/>
+        <location filename="../screens/WelcomeView.cpp" line="55"/>
         <source>Search by name or number, set a date range, and see exactly what will be exported.</source>
         <translation>Suche nach Name oder Nummer, lege einen Zeitraum fest und sieh genau, was exportiert wird.</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="57"/>
+        <location filename="../screens/WelcomeView.cpp" line="57"/>
         <source>Clean PDFs and spreadsheets</source>
         <translation>Saubere PDFs und Tabellen</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="58"/>
+        <location filename="../screens/WelcomeView.cpp" line="58"/>
         <source>Labeled senders, timestamps, photos inline, reactions as text, page numbers and an optional header or Bates-style numbers.</source>
         <translation>Benannte Absender, Zeitstempel, Fotos im Text, Reaktionen als Text, Seitenzahlen und auf Wunsch eine Kopfzeile oder Bates-Nummern.</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="85"/>
+        <location filename="../screens/WelcomeView.cpp" line="85"/>
         <source>Help</source>
         <translation>Hilfe</translation>
     </message>
     <message>
-        <location filename="../WelcomeView.cpp" line="86"/>
+        <location filename="../screens/WelcomeView.cpp" line="86"/>
         <source>Get Started</source>
         <translation>Los geht’s</translation>
     </message>

@@ -1,8 +1,8 @@
 // Names from the address books the user chose, read through the real loader, remembered in the
 // preferences and reported as refused once they can't be read.
 
-#include "Scrivly/AppModel.h"
-#include "Scrivly/DefaultPlatform.h"
+#include "Scrivly/model/AppModel.h"
+#include "Scrivly/model/DefaultPlatform.h"
 #include "TestSupport.h"
 
 #include <QDir>

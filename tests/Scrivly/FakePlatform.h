@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Scrivly/Platform.h"
+#include "Scrivly/model/Platform.h"
 
 #include <QString>
 #include <QStringList>
@@ -36,8 +36,8 @@ public:
     QString homePath() const override { return home; }
     QString tempPath() const override { return temp; }
     QString cachePath() const override { return cache; }
-    DatabaseAccess access(const std::string& path) const override {
-        return accessAnswer ? *accessAnswer : scrivly::access(path);
+    DatabaseAccess access(const MessagesReader& reader) const override {
+        return accessAnswer ? *accessAnswer : Platform::access(reader);
     }
     ContactsAuthorization contactsAuthorization() const override { return authorization; }
     void requestContactsAccess(std::function<void()> done) override {

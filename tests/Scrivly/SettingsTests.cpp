@@ -1,4 +1,4 @@
-#include "Scrivly/AppSettings.h"
+#include "Scrivly/model/AppSettings.h"
 #include "TestSupport.h"
 
 #include <QSettings>

@@ -1,6 +1,6 @@
 #include "TestSupport.h"
 
-#include "Scrivly/AppSettings.h"
+#include "Scrivly/model/AppSettings.h"
 #include "ScrivlyKit/database/SQLiteConnection.h"
 
 #include <QDateTime>
@@ -69,6 +69,12 @@ void writeHistory(const QString& path, const std::vector<TestChat>& chats) {
                     Value::integer(message.fromMe)});
             db.run("INSERT INTO chat_message_join VALUES (?, ?)",
                    {Value::integer(row), Value::integer(messageRow)});
+            if (message.attachment) {
+                db.run("INSERT INTO attachment (ROWID, filename) VALUES (?, ?)",
+                       {Value::integer(messageRow), Value::text(*message.attachment)});
+                db.run("INSERT INTO message_attachment_join VALUES (?, ?)",
+                       {Value::integer(messageRow), Value::integer(messageRow)});
+            }
         }
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FakePlatform.h"
-#include "Scrivly/AppModel.h"
+#include "Scrivly/model/AppModel.h"
 
 #include <QSettings>
 #include <QString>
@@ -33,6 +33,7 @@ struct TestMessage {
     std::string text;
     Date date;
     bool fromMe = false;
+    std::optional<std::string> attachment = {}; // its file as stored, such as "~/Library/…"
 };
 
 // A one-to-one chat with one person.
