@@ -23,12 +23,26 @@ constexpr int kCopyAttempts = 5;
 
 std::string copyDatabase(const std::string& source, const std::string& into,
                          const std::string& fileName) {
+    return copyDatabaseInspecting(source, into, fileName, {});
+}
+
+std::string
+copyDatabaseInspecting(const std::string& source, const std::string& into,
+                       const std::string& fileName,
+                       const std::function<void(const std::vector<std::string>& copies)>& inspect) {
     std::error_code ignored;
     fs::remove_all(into, ignored);
     FileSystem::createPrivateFolders(into);
 
     const std::string copy = (fs::path(into) / fileName).string();
     copyDatabaseFiles(source, copy);
+    if (inspect) {
+        std::vector<std::string> copies{copy};
+        if (fs::exists(copy + "-wal", ignored)) {
+            copies.push_back(copy + "-wal");
+        }
+        inspect(copies);
+    }
     foldLog(copy);
     return copy;
 }

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace scrivly {
 
@@ -17,6 +18,14 @@ namespace scrivly {
 // prepare; the caller removes into afterwards in every case.
 std::string copyDatabase(const std::string& source, const std::string& into,
                          const std::string& fileName);
+
+// As copyDatabase, but calls inspect with the copied main file and, when the source has one, the
+// copied log before the log is folded in: the bytes exactly as they were read, to be hashed.
+// What inspect throws passes through.
+std::string
+copyDatabaseInspecting(const std::string& source, const std::string& into,
+                       const std::string& fileName,
+                       const std::function<void(const std::vector<std::string>& copies)>& inspect);
 
 // Folds the log beside the private copy at path (path + "-wal", when there) into it and leaves
 // WAL mode, so that the one file is the whole database; the companions are removed. Throws

@@ -60,6 +60,36 @@ template <typename... Fields> std::string printed(const char* format, Fields... 
     return buffer.data();
 }
 
+std::string renderTable(const Transcript& transcript, const ExportOptions& options,
+                        const ExportStrings& strings, const Column* extra) {
+    const Formatting::Zone zone(options.timeZone);
+    std::string out{kByteOrderMark};
+    std::vector<std::string> headers = strings.csvHeaders;
+    if (extra != nullptr) {
+        headers.push_back(extra->header);
+    }
+    appendRow(out, headers);
+    for (std::size_t index = 0; index < transcript.entries.size(); ++index) {
+        const auto& entry = transcript.entries[index];
+        const auto civil = zone.civil(entry.date);
+        std::vector<std::string> cells{
+            printed("%04d-%02d-%02d", civil.year, civil.month, civil.day),
+            printed("%02d:%02d:%02d", civil.hour, civil.minute, civil.second),
+            zone.iso8601(entry.date),
+            entry.sender,
+            entry.isFromMe ? strings.yes : strings.no,
+            entry.text,
+            joined(entry.attachments),
+            reactionSummary(entry.reactions, strings),
+        };
+        if (extra != nullptr) {
+            cells.push_back(index < extra->cells.size() ? extra->cells[index] : std::string());
+        }
+        appendRow(out, cells);
+    }
+    return out;
+}
+
 } // namespace
 
 std::string escape(std::string_view cell) {
@@ -85,23 +115,12 @@ std::string escape(std::string_view cell) {
 
 std::string render(const Transcript& transcript, const ExportOptions& options,
                    const ExportStrings& strings) {
-    const Formatting::Zone zone(options.timeZone);
-    std::string out{kByteOrderMark};
-    appendRow(out, strings.csvHeaders);
-    for (const auto& entry : transcript.entries) {
-        const auto civil = zone.civil(entry.date);
-        appendRow(out, {
-                           printed("%04d-%02d-%02d", civil.year, civil.month, civil.day),
-                           printed("%02d:%02d:%02d", civil.hour, civil.minute, civil.second),
-                           zone.iso8601(entry.date),
-                           entry.sender,
-                           entry.isFromMe ? strings.yes : strings.no,
-                           entry.text,
-                           joined(entry.attachments),
-                           reactionSummary(entry.reactions, strings),
-                       });
-    }
-    return out;
+    return renderTable(transcript, options, strings, nullptr);
+}
+
+std::string render(const Transcript& transcript, const ExportOptions& options,
+                   const ExportStrings& strings, const Column& column) {
+    return renderTable(transcript, options, strings, &column);
 }
 
 } // namespace scrivly::CSVExport

@@ -61,4 +61,16 @@ void AttributedText::appendRun(std::string text, const TextStyle& style,
     }
 }
 
+void AttributedText::replaceText(std::size_t paragraph, std::string_view text) {
+    std::string repaired = Unicode::repairedUTF8(text);
+    for (char& c : repaired) {
+        if (c == '\n' || c == '\r' || c == '\0') {
+            c = ' ';
+        }
+    }
+    auto& runs = m_paragraphs.at(paragraph).runs;
+    const TextStyle style = runs.empty() ? TextStyle{} : runs.front().style;
+    runs.assign(1, Run{std::move(repaired), style});
+}
+
 } // namespace scrivly::pdf

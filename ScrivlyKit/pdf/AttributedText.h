@@ -54,6 +54,10 @@ public:
     // Closes the open paragraph, so that the next text starts a new one.
     void endParagraph() { m_open = false; }
 
+    // Gives a paragraph new text in the style of its first run (a line break in it becomes a
+    // space, so the paragraphs keep their indexes).
+    void replaceText(std::size_t paragraph, std::string_view text);
+
     const std::vector<Paragraph>& paragraphs() const { return m_paragraphs; }
     bool empty() const { return m_paragraphs.empty(); }
 

@@ -78,9 +78,10 @@ void drawPicture(cairo_t* cairo, const PageItem& item) {
     cairo_stroke(cairo);
 }
 
-void drawPage(Layout& layout, cairo_t* cairo, std::size_t index) {
+void drawPage(Layout& layout, cairo_t* cairo, const std::vector<PageItem>& items,
+              const std::vector<Chrome>& chrome) {
     const PageSize page = layout.page();
-    for (const Chrome& line : layout.chrome(index)) {
+    for (const Chrome& line : chrome) {
         layout.setter().drawLine(cairo, line.text, line.style, line.x, line.baseline);
     }
     if (layout.headerRows() > 0) {
@@ -88,7 +89,7 @@ void drawPage(Layout& layout, cairo_t* cairo, std::size_t index) {
                  PageGeometry::textWidth(page));
     }
     const PageItem* previous = nullptr;
-    for (const PageItem& item : layout.pages()[index]) {
+    for (const PageItem& item : items) {
         switch (item.kind) {
         case Kind::text:
             if (item.bar) {
@@ -122,6 +123,27 @@ void drawPage(Layout& layout, cairo_t* cairo, std::size_t index) {
 } // namespace
 
 std::vector<std::uint8_t> drawDocument(Layout& layout) {
+    std::vector<const std::vector<PageItem>*> pages;
+    for (const auto& page : layout.pages()) {
+        pages.push_back(&page);
+    }
+    const std::size_t count = pages.size();
+    auto bytes = drawPages(
+        layout, pages, [&layout](std::size_t index) { return layout.chrome(index); },
+        [&layout, count](std::size_t index) {
+            layout.checkCancelled();
+            layout.report(static_cast<double>(index) / static_cast<double>(count) * 0.5 + 0.5);
+        },
+        nullptr);
+    layout.report(1.0);
+    return bytes;
+}
+
+std::vector<std::uint8_t>
+drawPages(Layout& layout, const std::vector<const std::vector<PageItem>*>& pages,
+          const std::function<std::vector<Chrome>(std::size_t index)>& chrome,
+          const std::function<void(std::size_t index)>& beforePage,
+          std::vector<std::size_t>* pageEnds) {
     std::vector<std::uint8_t> bytes;
     const PageSize page = layout.page();
     const CairoSurfacePtr surface(
@@ -137,12 +159,13 @@ std::vector<std::uint8_t> drawDocument(Layout& layout) {
 
     {
         const CairoPtr cairo(cairo_create(surface.get()));
-        const std::size_t count = layout.pages().size();
-        for (std::size_t index = 0; index < count; ++index) {
-            layout.checkCancelled();
-            layout.report(static_cast<double>(index) / static_cast<double>(count) * 0.5 + 0.5);
-            drawPage(layout, cairo.get(), index);
+        for (std::size_t index = 0; index < pages.size(); ++index) {
+            beforePage(index);
+            drawPage(layout, cairo.get(), *pages[index], chrome(index));
             cairo_show_page(cairo.get());
+            if (pageEnds != nullptr) {
+                pageEnds->push_back(bytes.size());
+            }
         }
         if (cairo_status(cairo.get()) != CAIRO_STATUS_SUCCESS) {
             throw PDFExport::Failed(std::string("The PDF couldn’t be made: ") +
@@ -154,7 +177,6 @@ std::vector<std::uint8_t> drawDocument(Layout& layout) {
         throw PDFExport::Failed(std::string("The PDF couldn’t be made: ") +
                                 cairo_status_to_string(cairo_surface_status(surface.get())));
     }
-    layout.report(1.0);
     return bytes;
 }
 

@@ -20,6 +20,16 @@ Result render(const Transcript& transcript, const ExportOptions& options,
     return result;
 }
 
+Result renderParagraphs(const std::vector<TextParagraph>& paragraphs, const ExportOptions& options,
+                        const ExportStrings& strings, std::stop_token stop) {
+    Result result;
+    pdf::Layout layout(options, strings, {}, std::move(stop));
+    layout.layOutParagraphs(paragraphs);
+    result.data = pdf::drawDocument(layout);
+    result.pageCount = static_cast<int>(layout.pages().size());
+    return result;
+}
+
 DocumentLayout layout(const Transcript& transcript, const ExportOptions& options,
                       const ExportStrings& strings, const Progress& progress,
                       std::stop_token stop) {

@@ -104,4 +104,30 @@ DocumentLayout layout(const Transcript& transcript, const ExportOptions& options
                       const ExportStrings& strings, const Progress& progress = {},
                       std::stop_token stop = {});
 
+// A row added to a cover after the usual ones.
+struct CoverRow {
+    std::string label;
+    std::string value;
+};
+
+// A paragraph of a document of plain text.
+struct TextParagraph {
+    enum class Kind {
+        title,     // as the cover's title
+        heading,   // a section's name
+        text,      // body text
+        detail,    // small grey text, for long values such as hashes
+        signature, // room to sign above a rule, with the text under the rule
+    };
+    Kind kind = Kind::text;
+    std::string text;
+    std::string detail; // small grey lines under the text, kept on its page (text only)
+};
+
+// A document of paragraphs with the chrome of an export's pages (header, "Page N of M", Bates
+// labels counting from options.batesStart); options.coverPage is ignored. Throws Cancelled when
+// stopped, Failed when the PDF could not be made.
+Result renderParagraphs(const std::vector<TextParagraph>& paragraphs, const ExportOptions& options,
+                        const ExportStrings& strings, std::stop_token stop = {});
+
 } // namespace scrivly::PDFExport

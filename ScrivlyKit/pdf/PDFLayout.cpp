@@ -29,6 +29,7 @@ constexpr std::array<Color, 5> kPalette{{
 }};
 
 constexpr double kPictureMaxWidth = 250;
+constexpr double kSignatureSpace = 48; // above the rule that a signature goes on
 constexpr double kPictureMaxHeight = 280;
 // Enough pixels for the printed size at 300 dpi and more.
 constexpr PictureQueue::Settings kPictureSettings{.maxPixelSize = 1600, .quality = 0.82};
@@ -47,9 +48,10 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
 } // namespace
 
 Layout::Layout(const ExportOptions& options, const ExportStrings& strings,
-               PDFExport::Progress progress, std::stop_token stop)
+               PDFExport::Progress progress, std::stop_token stop, LayoutExtras extras)
     : m_options(options), m_strings(strings), m_page(Paper::size(options.paper)),
-      m_progress(std::move(progress)), m_stop(std::move(stop)), m_setter(options.locale) {
+      m_progress(std::move(progress)), m_stop(std::move(stop)), m_extras(std::move(extras)),
+      m_setter(options.locale, m_extras.keptShapeBytes) {
     measureChrome();
     m_pages.assign(1, {});
     m_y = textTop();
@@ -118,23 +120,26 @@ void Layout::measureChrome() {
 }
 
 std::vector<Chrome> Layout::chrome(std::size_t pageIndex) {
+    return chrome(static_cast<std::int64_t>(pageIndex) + 1,
+                  static_cast<std::int64_t>(m_pages.size()), m_options.batesStart);
+}
+
+std::vector<Chrome> Layout::chrome(std::int64_t page, std::int64_t count, std::int64_t batesStart) {
     std::vector<Chrome> lines = m_headerLines;
-    const auto page = static_cast<std::int64_t>(pageIndex) + 1;
     if (m_strings.pageOf) {
         const TextStyle style{8.5, false, false, kGray};
-        Chrome number{"page",
-                      m_strings.pageOf(page, static_cast<std::int64_t>(m_pages.size())),
-                      style,
-                      kMargin,
-                      PageGeometry::footerBaseline(m_page, 0),
-                      {}};
+        Chrome number{"page",  m_strings.pageOf(page, count),           style,
+                      kMargin, PageGeometry::footerBaseline(m_page, 0), {}};
         number.metrics = m_setter.measureLine(number.text, style);
         if (!m_pageAtLeft) {
             number.x = m_page.width * 0.5 - number.metrics.width * 0.5;
         }
         lines.push_back(std::move(number));
     }
-    if (auto label = m_options.batesLabel(page)) {
+    // The label batesStart would give, from the options' own numbering.
+    const std::int64_t shift =
+        std::max<std::int64_t>(batesStart, 0) - std::max<std::int64_t>(m_options.batesStart, 0);
+    if (auto label = m_options.batesLabel(page + shift)) {
         const TextStyle style{9, true, false, kGray};
         Chrome bates{"bates",
                      std::move(*label),
@@ -178,10 +183,12 @@ void Layout::layOut(const Transcript& transcript) {
                 }
             }
         }
-        m_pictures.emplace(paths, kPictureSettings, m_stop);
+        PictureQueue::Settings settings = kPictureSettings;
+        settings.workers = m_extras.pictureWorkers;
+        m_pictures.emplace(paths, settings, m_stop);
     }
     if (m_options.coverPage) {
-        layOutCover(transcript);
+        layOutCover(transcript, {});
     }
     layOutBody(transcript);
     // The cover ends with a page break; with no entries that page stays empty.
@@ -233,7 +240,70 @@ std::string Layout::dateRangeText(const Transcript& transcript) {
     return dates.included ? dates.range + '\n' + *dates.included : dates.range;
 }
 
-void Layout::layOutCover(const Transcript& transcript) {
+std::vector<std::vector<PageItem>>
+Layout::coverPages(const Transcript& transcript, const std::vector<PDFExport::CoverRow>& rows) {
+    std::vector<std::vector<PageItem>> document(1);
+    std::swap(document, m_pages);
+    const double y = m_y;
+    layOutCover(transcript, rows);
+    std::swap(document, m_pages);
+    m_y = y;
+    // The cover ends with a page break.
+    document.pop_back();
+    return document;
+}
+
+void Layout::layOutParagraphs(const std::vector<PDFExport::TextParagraph>& paragraphs) {
+    using Kind = PDFExport::TextParagraph::Kind;
+    report(0);
+    const double width = PageGeometry::textWidth(m_page);
+    for (const auto& paragraph : paragraphs) {
+        AttributedText text;
+        double keep = PageGeometry::kMessageKeep;
+        switch (paragraph.kind) {
+        case Kind::title:
+            text.append(paragraph.text, TextStyle{24, true, false, kInk},
+                        paragraphStyle(Alignment::natural, 0, 6, 2));
+            break;
+        case Kind::heading:
+            // A heading at the foot of a page would stand apart from what it names.
+            keep = PageGeometry::kDayKeep;
+            text.append(paragraph.text, TextStyle{12, true, false, kInk},
+                        paragraphStyle(Alignment::natural, 16, 4, 1.5));
+            break;
+        case Kind::text:
+            text.append(paragraph.text, TextStyle{10.5, false, false, kInk},
+                        paragraphStyle(Alignment::natural, 2, 0, 1.5));
+            if (!paragraph.detail.empty()) {
+                text.endParagraph();
+                text.append(paragraph.detail, TextStyle{8.5, false, false, kGray},
+                            paragraphStyle(Alignment::natural, 1, 0, 1.5));
+                // Short enough to be kept whole on one page.
+                keep = std::min(PageGeometry::kDayKeep, bottomLimit() - textTop());
+            }
+            break;
+        case Kind::detail:
+            text.append(paragraph.text, TextStyle{8.5, false, false, kGray},
+                        paragraphStyle(Alignment::natural, 1, 0, 1.5));
+            break;
+        case Kind::signature:
+            // Room to sign, then the rule to sign on.
+            keep = kSignatureSpace + PageGeometry::kDayKeep;
+            if (bottomLimit() - m_y < keep && !pageIsEmpty()) {
+                newPage();
+            }
+            m_y += kSignatureSpace;
+            placeRule(m_y);
+            text.append(paragraph.text, TextStyle{8.5, false, false, kGray},
+                        paragraphStyle(Alignment::natural, 2, 0, 1.5));
+            break;
+        }
+        placeText(kMargin, width, keep, std::move(text), std::nullopt);
+    }
+}
+
+void Layout::layOutCover(const Transcript& transcript,
+                         const std::vector<PDFExport::CoverRow>& rows) {
     const std::string documentTitle = Unicode::trimmed(m_options.documentTitle);
     AttributedText cover;
     cover.append(documentTitle.empty() ? transcript.title : documentTitle,
@@ -268,6 +338,9 @@ void Layout::layOutCover(const Transcript& transcript) {
     row(m_strings.exported, exported.format(Date::now()));
     row(m_strings.timeZone, Formatting::timeZoneName(m_options.timeZone, m_options.locale));
     row(m_strings.source, m_strings.sourceText);
+    for (const auto& extra : rows) {
+        row(extra.label, extra.value);
+    }
 
     m_y = textTop() + PageGeometry::kCoverTop;
     placeText(kMargin, PageGeometry::textWidth(m_page), PageGeometry::kCoverKeep, std::move(cover),
@@ -283,6 +356,7 @@ void Layout::layOutBody(const Transcript& transcript) {
             checkCancelled();
             report(static_cast<double>(index) / static_cast<double>(count) * 0.5);
         }
+        m_entryIndex = index;
         layOutEntry(transcript.entries[index], previousDay);
     }
 }
@@ -334,8 +408,9 @@ void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string
         block.endParagraph();
     }
     std::vector<Picture> pictures;
-    for (const Attachment& attachment : entry.attachments) {
-        appendAttachment(attachment, block, pictures);
+    std::vector<NativeParagraph> natives;
+    for (std::size_t index = 0; index < entry.attachments.size(); ++index) {
+        appendAttachment(entry.attachments[index], index, block, pictures, natives);
     }
     if (!entry.reactions.empty()) {
         block.append(m_strings.reactions + ": " + reactionSummary(entry.reactions, m_strings),
@@ -347,16 +422,33 @@ void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string
     if (!pageIsEmpty()) {
         m_y += PageGeometry::kMessageSpace;
     }
-    placeText(PageGeometry::bodyX(), PageGeometry::bodyWidth(m_page), PageGeometry::kMessageKeep,
-              std::move(block), color);
+    auto items = placeText(PageGeometry::bodyX(), PageGeometry::bodyWidth(m_page),
+                           PageGeometry::kMessageKeep, std::move(block), color);
+    m_entryPages.push_back(items.empty() ? m_pages.size() - 1 : items.front().first);
+    if (!natives.empty() && !items.empty()) {
+        const auto& [page, index] = items.front();
+        m_nativeBlocks.push_back(
+            NativeBlock{m_pages[page][index].text, std::move(items), std::move(natives)});
+    }
     for (const Picture& picture : pictures) {
         placePicture(picture, color);
     }
 }
 
-void Layout::appendAttachment(const Attachment& attachment, AttributedText& block,
-                              std::vector<Picture>& pictures) {
+void Layout::appendAttachment(const Attachment& attachment, std::size_t index,
+                              AttributedText& block, std::vector<Picture>& pictures,
+                              std::vector<NativeParagraph>& natives) {
     const auto shown = Presentation::attachment(attachment);
+    const auto native =
+        m_extras.nativeName ? m_extras.nativeName(m_entryIndex, index) : std::nullopt;
+    const auto nativeLine = [&] {
+        NativeParagraph line{block.paragraphs().size(), m_entryIndex, index,
+                             Formatting::byteCount(shown.bytes, m_options.locale)};
+        block.append(m_strings.attachmentLine(*native, line.size), TextStyle{9, false, true, kGray},
+                     paragraphStyle(Alignment::natural, 0, 1.5, 1.5));
+        block.endParagraph();
+        natives.push_back(std::move(line));
+    };
     if (shown.kind == Presentation::AttachmentShown::Kind::picture && m_options.includeImages) {
         // Without the queue of layOut (a single entry laid out alone), convert here.
         auto jpeg = m_pictures ? m_pictures->take(*attachment.path)
@@ -364,18 +456,27 @@ void Layout::appendAttachment(const Attachment& attachment, AttributedText& bloc
         const auto size = jpeg ? ImageConverter::jpegSize(*jpeg) : std::nullopt;
         if (size && size->first > 0 && size->second > 0) {
             pictures.push_back(Picture{std::move(jpeg), size->first, size->second});
+            if (native) {
+                nativeLine();
+            }
             return;
         }
+    }
+    if (native) {
+        nativeLine();
+        return;
     }
     block.append(Presentation::attachmentLine(attachment, shown, m_strings, m_options.locale),
                  TextStyle{9, false, true, kGray}, paragraphStyle(Alignment::natural, 0, 1.5, 1.5));
     block.endParagraph();
 }
 
-void Layout::placeText(double x, double width, double keep, AttributedText text,
-                       std::optional<Color> bar) {
+std::vector<std::pair<std::size_t, std::size_t>> Layout::placeText(double x, double width,
+                                                                   double keep, AttributedText text,
+                                                                   std::optional<Color> bar) {
+    std::vector<std::pair<std::size_t, std::size_t>> placed;
     if (text.empty()) {
-        return;
+        return placed;
     }
     const auto set = std::make_shared<const SetText>(m_setter.set(std::move(text), width));
     if (bottomLimit() - m_y < keep && !pageIsEmpty()) {
@@ -418,6 +519,7 @@ void Layout::placeText(double x, double width, double keep, AttributedText text,
         item.text = set;
         item.firstLine = next;
         item.lineCount = count;
+        placed.emplace_back(m_pages.size() - 1, m_pages.back().size());
         m_pages.back().push_back(std::move(item));
         m_y += used;
         next += count;
@@ -425,6 +527,65 @@ void Layout::placeText(double x, double width, double keep, AttributedText text,
             newPage();
         }
     }
+    return placed;
+}
+
+std::vector<NativeLine> Layout::nativeLines() const {
+    std::vector<NativeLine> result;
+    for (const NativeBlock& block : m_nativeBlocks) {
+        for (const NativeParagraph& native : block.natives) {
+            // The page of the piece that shows the paragraph's first line.
+            std::size_t page = block.items.front().first;
+            for (const auto& [pageIndex, itemIndex] : block.items) {
+                const PageItem& item = m_pages[pageIndex][itemIndex];
+                if (item.lineCount > 0 &&
+                    block.text->lines[item.firstLine + item.lineCount - 1].paragraph >=
+                        native.paragraph) {
+                    page = pageIndex;
+                    break;
+                }
+            }
+            result.push_back(NativeLine{native.entry, native.attachment, page});
+        }
+    }
+    return result;
+}
+
+bool Layout::renameNatives(
+    const std::function<std::string(std::size_t entry, std::size_t attachment)>& name) {
+    std::vector<std::shared_ptr<const SetText>> renamed;
+    for (const NativeBlock& block : m_nativeBlocks) {
+        AttributedText text = block.text->text;
+        for (const NativeParagraph& native : block.natives) {
+            text.replaceText(
+                native.paragraph,
+                m_strings.attachmentLine(name(native.entry, native.attachment), native.size));
+        }
+        auto set =
+            std::make_shared<const SetText>(m_setter.set(std::move(text), block.text->width));
+        // The pages stay as they are only if every line keeps its paragraph and its height.
+        const auto& before = block.text->lines;
+        const auto& after = set->lines;
+        const bool same =
+            before.size() == after.size() &&
+            std::equal(before.begin(), before.end(), after.begin(),
+                       [](const LineBox& a, const LineBox& b) {
+                           return a.paragraph == b.paragraph && a.height == b.height &&
+                                  a.spaceAbove == b.spaceAbove && a.ascent == b.ascent;
+                       });
+        if (!same) {
+            return false;
+        }
+        renamed.push_back(std::move(set));
+    }
+    for (std::size_t index = 0; index < m_nativeBlocks.size(); ++index) {
+        NativeBlock& block = m_nativeBlocks[index];
+        block.text = renamed[index];
+        for (const auto& [page, item] : block.items) {
+            m_pages[page][item].text = block.text;
+        }
+    }
+    return true;
 }
 
 void Layout::placePicture(const Picture& picture, Color bar) {
