@@ -163,6 +163,8 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
     backups->add_option("FOLDER", invocation.backupFolders, "Folders that hold backups");
     backups->add_flag("--json", invocation.json, "Write JSON");
 
+    auto* produce = addProduceCommand(app, invocation.produce);
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -176,7 +178,7 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         if (app.get_subcommands().empty() && !app.remaining().empty()) {
             throw UsageError("Unknown command “" + app.remaining().front() +
                              "”; the commands are access, chats, messages, conversations, "
-                             "transcript, export, sample and backups.");
+                             "transcript, export, produce, sample and backups.");
         }
         throw UsageError(error.what());
     }
@@ -227,6 +229,9 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         }
     } else if (backups->parsed()) {
         invocation.command = Command::backups;
+    } else if (produce->parsed()) {
+        invocation.command = Command::produce;
+        checkProduceArguments(invocation.produce);
     } else {
         invocation.command = Command::sample;
         if (invocation.fastKeys && !invocation.asBackup) {

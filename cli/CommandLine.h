@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cli/Produce.h"
+
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/export/PaperSize.h"
 
@@ -33,7 +35,8 @@ enum class Command {
     transcript,
     exportFile,
     sample,
-    backups
+    backups,
+    produce
 };
 
 enum class ExportFormat { pdf, csv, json };
@@ -62,6 +65,7 @@ struct Invocation {
     bool asBackup = false;    // sample: written as an iPhone backup
     bool fastKeys = false;    // sample --as-backup: small key-derivation counts
     std::vector<std::string> backupFolders; // backups
+    ProduceArguments produce;               // produce
 };
 
 // Parses the arguments (argv[0] is the program). Returns nothing after printing the help text to

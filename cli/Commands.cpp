@@ -6,6 +6,7 @@
 #include "cli/JsonOutput.h"
 #include "cli/OutputFile.h"
 #include "cli/Password.h"
+#include "cli/Produce.h"
 #include "cli/ProgressBar.h"
 #include "cli/Session.h"
 
@@ -232,6 +233,9 @@ void runCommand(const Invocation& invocation, Interrupts& interrupts) {
         break;
     case Command::exportFile:
         exportConversation(invocation, session, interrupts);
+        break;
+    case Command::produce:
+        produce(invocation.produce, session, interrupts);
         break;
     case Command::sample:
     case Command::backups:
