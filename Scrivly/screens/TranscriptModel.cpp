@@ -3,6 +3,7 @@
 #include "Scrivly/screens/Symbols.h"
 #include "ScrivlyKit/export/ImageConverter.h"
 #include "ScrivlyKit/export/Presentation.h"
+#include "ScrivlyKit/export/SenderColors.h"
 
 #include <QApplication>
 #include <QDateTime>
@@ -12,18 +13,9 @@
 #include <QPainter>
 #include <QPainterPath>
 
-#include <array>
-#include <map>
-
 namespace scrivly {
 
 namespace {
-
-// Distinct, readable on light and dark backgrounds; assigned in order of first appearance.
-constexpr std::array kSenderColors{
-    QRgb(0x2563EB), QRgb(0xC2410C), QRgb(0x15803D), QRgb(0x9333EA), QRgb(0xBE123C),
-    QRgb(0x0E7490), QRgb(0xA16207), QRgb(0x4D7C0F), QRgb(0xDB2777), QRgb(0x4F46E5),
-};
 
 QDateTime localTime(Date date) {
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(date.unixSeconds() * 1000.0));
@@ -91,7 +83,7 @@ void TranscriptModel::rebuild() {
         return;
     }
     const QLocale locale;
-    std::map<std::string, QColor> colors;
+    SenderColors colors; // the PDF's colours, so a sender looks the same in both
     QDate lastDay;
     m_entries.reserve(m_transcript->entries.size());
     for (std::size_t i = 0; i < m_transcript->entries.size(); ++i) {
@@ -101,14 +93,12 @@ void TranscriptModel::rebuild() {
             lastDay = time.date();
             m_rows.push_back({RowKind::day, locale.toString(lastDay, QLocale::LongFormat), 0});
         }
-        auto color = colors.find(source.sender);
-        if (color == colors.end()) {
-            const QColor next(kSenderColors[colors.size() % kSenderColors.size()]);
-            color = colors.emplace(source.sender, next).first;
-        }
+        const SenderColor color = colors.colorOf(source.sender, source.isFromMe);
         Entry entry;
         entry.sender = QString::fromStdString(source.sender);
-        entry.senderColor = color->second;
+        entry.senderColor =
+            QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                             static_cast<float>(color.blue));
         entry.time = locale.toString(time.time(), QLocale::ShortFormat);
         entry.text = QString::fromStdString(source.text);
         if (!source.reactions.empty()) {

@@ -20,14 +20,6 @@ namespace {
 using Kind = PDFExport::Placed::Kind;
 using PageGeometry::kMargin;
 
-constexpr std::array<Color, 5> kPalette{{
-    {0.13, 0.55, 0.27},
-    {0.55, 0.27, 0.68},
-    {0.8, 0.42, 0.05},
-    {0.05, 0.52, 0.58},
-    {0.72, 0.2, 0.3},
-}};
-
 constexpr double kPictureMaxWidth = 250;
 constexpr double kSignatureSpace = 48; // above the rule that a signature goes on
 constexpr double kPictureMaxHeight = 280;
@@ -362,16 +354,9 @@ void Layout::layOutBody(const Transcript& transcript) {
 }
 
 Color Layout::colorOf(const TranscriptEntry& entry) {
-    if (entry.isFromMe) {
-        return kMeColor;
-    }
-    auto found = m_senderColors.find(entry.sender);
-    if (found == m_senderColors.end()) {
-        found =
-            m_senderColors.emplace(entry.sender, kPalette[m_nextPaletteColor++ % kPalette.size()])
-                .first;
-    }
-    return found->second;
+    // The screen shows the same colours: both ask the export layer.
+    const SenderColor color = m_senderColors.colorOf(entry.sender, entry.isFromMe);
+    return {color.red, color.green, color.blue};
 }
 
 void Layout::layOutEntry(const TranscriptEntry& entry, std::optional<std::string>& previousDay) {

@@ -6,6 +6,7 @@
 #include "ScrivlyKit/export/Formatting.h"
 #include "ScrivlyKit/export/PaperSize.h"
 #include "ScrivlyKit/export/PictureQueue.h"
+#include "ScrivlyKit/export/SenderColors.h"
 #include "ScrivlyKit/pdf/AttributedText.h"
 #include "ScrivlyKit/pdf/PDFExport.h"
 #include "ScrivlyKit/pdf/TextSetter.h"
@@ -69,7 +70,6 @@ public:
     static constexpr Color kInk{0.08, 0.08, 0.08};
     static constexpr Color kGray{0.42, 0.42, 0.42};
     static constexpr Color kLight{0.78, 0.78, 0.78};
-    static constexpr Color kMeColor{0.0, 0.4, 0.85};
 
     // Throws PDFExport::Failed when text cannot be set up.
     Layout(const ExportOptions& options, const ExportStrings& strings, PDFExport::Progress progress,
@@ -172,8 +172,7 @@ private:
     TextSetter m_setter;
     // Keyed by alignment, spacing before, spacing and line spacing.
     std::map<std::tuple<Alignment, double, double, double>, ParagraphStyle> m_paragraphs;
-    std::map<std::string, Color> m_senderColors;
-    std::size_t m_nextPaletteColor = 0;
+    SenderColors m_senderColors;
     std::optional<Formatting::DateFormatter> m_dayFormat;
     std::optional<Formatting::DateFormatter> m_timeFormat;
     std::optional<Formatting::DateFormatter> m_shortDate;
