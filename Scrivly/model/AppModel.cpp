@@ -2,6 +2,7 @@
 
 #include "Scrivly/model/SampleHistory.h"
 #include "ScrivlyKit/history/Leftovers.h"
+#include "ScrivlyKit/history/ReadableCopies.h"
 #include "ScrivlyKit/history/Sources.h"
 #include "ScrivlyKit/text/Unicode.h"
 
@@ -280,8 +281,22 @@ void AppModel::select(const std::optional<std::string>& id) {
 
 void AppModel::openDatabaseFile(const QString& path) {
     m_store.setValue(QLatin1String(kDatabasePathKey), path);
+    m_store.remove(QLatin1String(kBackupPathKey));
     m_store.sync();
     switchSource(DatabaseSource::file, path);
+}
+
+void AppModel::openBackup(Sources::Backup backup) {
+    // The folder alone: an encrypted backup asks for its password again at the next launch.
+    m_store.setValue(QLatin1String(kBackupPathKey), QFile::decodeName(backup.info.path.c_str()));
+    m_store.remove(QLatin1String(kDatabasePathKey));
+    m_store.sync();
+    m_backup = std::move(backup);
+    switchSource(DatabaseSource::backup, {});
+}
+
+QString AppModel::rememberedBackup() const {
+    return m_store.value(QLatin1String(kBackupPathKey)).toString();
 }
 
 void AppModel::openSample() {
@@ -294,6 +309,12 @@ void AppModel::openSample() {
 void AppModel::switchSource(DatabaseSource source, const QString& path) {
     m_source = source;
     m_filePath = path;
+    if (source != DatabaseSource::backup) {
+        m_backup.reset();
+    }
+    SourceDescription described;
+    described.kind = SourceDescription::Kind::userHistory;
+    m_export.setSource(m_backup ? m_backup->reader.source->description() : described);
     emit databaseSourceChanged();
     // Nothing read from the previous history may show or be reused for the new one.
     m_export.discardRendering();
@@ -311,6 +332,9 @@ void AppModel::switchSource(DatabaseSource source, const QString& path) {
 
 // The sample has no reader until the first load has written it.
 MessagesReader AppModel::readerForSource() const {
+    if (m_source == DatabaseSource::backup && m_backup) {
+        return m_backup->reader;
+    }
     const std::string home = fileName(m_platform.homePath());
     if (m_source == DatabaseSource::file) {
         const auto fileHome = Sources::homeOfDatabase(fileName(QDir::cleanPath(m_filePath)));
@@ -437,6 +461,7 @@ void AppModel::regroup(bool chatsReread) {
 void AppModel::clearMessages() {
     ++m_messagesRequest;
     m_messagesRead = false;
+    m_readable.reset();
     if (!m_messages.empty()) {
         m_messages.clear();
         emit messagesChanged();
@@ -455,8 +480,25 @@ void AppModel::loadMessages() {
     const std::uint64_t token = m_loadToken;
     m_messagesChatIDs = conversation->chatIDs;
     setLoadingMessages(true);
+    // An encrypted backup's photos are decrypted for the transcript and the exports alike.
+    std::shared_ptr<const ReadableCopies> readable;
+    if (m_source == DatabaseSource::backup && m_backup && m_backup->info.encrypted) {
+        try {
+            readable = std::make_shared<const ReadableCopies>(m_database->source,
+                                                              fileName(snapshotFolder()));
+        } catch (const std::exception&) {
+            // Without a private folder the photos show as missing; the text still reads.
+        }
+    }
+    m_readable = readable;
     m_tasks.run(
-        [reader = *m_database, ids = conversation->chatIDs] { return reader.messages(ids); },
+        [reader = *m_database, ids = conversation->chatIDs, readable = std::move(readable)] {
+            auto messages = reader.messages(ids);
+            if (readable) {
+                readable->apply(messages);
+            }
+            return messages;
+        },
         [this, token, request](Outcome<std::vector<Message>> outcome) {
             if (token != m_loadToken || request != m_messagesRequest) {
                 return; // another selection or load came since
@@ -497,6 +539,12 @@ void AppModel::refreshContacts() {
         setContacts(ContactsAccess::granted);
         return;
     }
+    if (m_source == DatabaseSource::backup && m_backup) {
+        // The phone's own address book names its people.
+        setContacts(ContactsAccess::granted);
+        setNames(m_backup->names);
+        return;
+    }
     setContacts(contactsAccess(m_platform.contactsAuthorization()));
     if (m_contacts == ContactsAccess::granted) {
         loadNames();
@@ -504,7 +552,7 @@ void AppModel::refreshContacts() {
 }
 
 void AppModel::requestContacts() {
-    if (m_source == DatabaseSource::sample) {
+    if (m_source == DatabaseSource::sample || m_source == DatabaseSource::backup) {
         return;
     }
     QPointer<AppModel> self(this);
@@ -549,7 +597,8 @@ void AppModel::openContactsSettings() {
 }
 
 bool AppModel::canChooseContacts() const {
-    return m_platform.asksForContactsAgain() && m_source != DatabaseSource::sample;
+    return m_platform.asksForContactsAgain() && m_source != DatabaseSource::sample &&
+           m_source != DatabaseSource::backup;
 }
 
 // MARK: sheets and exports

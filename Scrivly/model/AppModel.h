@@ -10,6 +10,7 @@
 #include "ScrivlyKit/conversations/Transcript.h"
 #include "ScrivlyKit/database/MessagesReader.h"
 #include "ScrivlyKit/export/ExportStrings.h"
+#include "ScrivlyKit/history/Sources.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -26,6 +27,7 @@ class QSettings;
 
 namespace scrivly {
 
+class ReadableCopies;
 class SampleHistory;
 
 // The one state object of the application: what the screens show and every operation they
@@ -46,13 +48,15 @@ public:
     Q_ENUM(Sheet)
     enum class ContactsAccess { notAsked, granted, denied };
     Q_ENUM(ContactsAccess)
-    // Which Messages history is read: the user's own, a database file they chose, or the
-    // made-up sample.
-    enum class DatabaseSource { standard, file, sample };
+    // Which Messages history is read: the user's own, a database file they chose, the made-up
+    // sample, or an iPhone backup.
+    enum class DatabaseSource { standard, file, sample, backup };
     Q_ENUM(DatabaseSource)
 
     // Preferences key of the database file the user chose (outside the "settings" document).
     static constexpr const char* kDatabasePathKey = "databasePath";
+    // Preferences key of the iPhone backup's folder opened last (never its password).
+    static constexpr const char* kBackupPathKey = "backupPath";
     // Used when the running application does not name itself.
     static constexpr const char* kBundleIdentifier = "com.scrivly.Scrivly";
     static constexpr const char* kFullDiskAccessURL =
@@ -131,6 +135,11 @@ public:
     void openDatabaseFile(const QString& path);
     // Reads the made-up sample history (written once into a private temporary folder).
     void openSample();
+    // Reads an opened iPhone backup from now on, with its phone's names, and remembers its
+    // folder for later launches (see BackupOpener, which opens it).
+    void openBackup(Sources::Backup backup);
+    // The backup folder remembered from an earlier launch; empty when none.
+    QString rememberedBackup() const;
 
 public slots:
     // At launch: clears leftover snapshots, then checks access and loads when granted.
@@ -252,6 +261,10 @@ private:
     DatabaseSource m_source = DatabaseSource::standard;
     QString m_filePath;                      // the chosen file, for DatabaseSource::file
     std::shared_ptr<SampleHistory> m_sample; // made on first use, shared with loading tasks
+    std::optional<Sources::Backup> m_backup; // for DatabaseSource::backup
+    // The current messages' decrypted attachments (an encrypted backup's), shared with the task
+    // that makes them; removed when other messages replace them.
+    std::shared_ptr<const ReadableCopies> m_readable;
     bool m_started = false;
     bool m_messagesRead = false;                 // m_messages holds the selection's messages
     std::vector<std::int64_t> m_messagesChatIDs; // the chats they were read from

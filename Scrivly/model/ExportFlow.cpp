@@ -3,8 +3,12 @@
 #include "Scrivly/model/Tasks.h"
 #include "ScrivlyKit/text/Unicode.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QLocale>
+#include <QTimeZone>
+
+#include <cmath>
 
 #include <utility>
 #include <vector>
@@ -61,9 +65,7 @@ void ExportFlow::retranslate() {
     strings.exported = tr("Exported").toStdString();
     strings.timeZone = tr("Times shown in").toStdString();
     strings.source = tr("Source").toStdString();
-    strings.sourceText = tr("The Messages history on this Mac, read by Scrivly. Scrivly lays the "
-                            "messages out; it doesn’t change their wording.")
-                             .toStdString();
+    strings.sourceText = sourceText().toStdString();
     const QString included = tr("Included: %1");
     strings.includedDates = [included](const std::string& span) {
         return included.arg(QString::fromStdString(span)).toStdString();
@@ -107,6 +109,42 @@ void ExportFlow::retranslate() {
     strings.yes = tr("Yes").toStdString();
     strings.no = tr("No").toStdString();
     m_strings = std::move(strings);
+}
+
+QString ExportFlow::sourceText() const {
+    if (m_source.kind != SourceDescription::Kind::backup) {
+        return tr("The Messages history on this Mac, read by Scrivly. Scrivly lays the messages "
+                  "out; it doesn’t change their wording.");
+    }
+    QString backup =
+        tr("The iPhone backup of “%1”").arg(QString::fromStdString(m_source.deviceName));
+    if (!m_source.productVersion.empty()) {
+        backup +=
+            QLatin1Char(' ') + tr("(iOS %1)").arg(QString::fromStdString(m_source.productVersion));
+    }
+    if (m_source.backupDate) {
+        // In UTC, as the backup's own record has it, so the line reads the same everywhere.
+        const auto milliseconds =
+            static_cast<qint64>(std::llround(m_source.backupDate->unixSeconds() * 1000.0));
+        const QDateTime made = QDateTime::fromMSecsSinceEpoch(milliseconds, QTimeZone::utc());
+        const QLocale locale;
+        backup += tr(", made %1 UTC")
+                      .arg(locale.toString(made.date(), QLocale::LongFormat) + QLatin1Char(' ') +
+                           locale.toString(made.time(), QLocale::ShortFormat));
+    }
+    return tr("%1, read by Scrivly. Scrivly lays the messages out; it doesn’t change their "
+              "wording.")
+        .arg(backup);
+}
+
+void ExportFlow::setSource(const SourceDescription& source) {
+    if (source == m_source) {
+        return;
+    }
+    m_source = source;
+    m_strings.sourceText = sourceText().toStdString();
+    // A rendering of the other history's cover must not be reused.
+    discardRendering();
 }
 
 void ExportFlow::setMe(const std::string& me) {

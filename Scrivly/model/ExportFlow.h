@@ -9,6 +9,7 @@
 #include "ScrivlyKit/export/ExportOptions.h"
 #include "ScrivlyKit/export/ExportStrings.h"
 #include "ScrivlyKit/history/ExportJob.h"
+#include "ScrivlyKit/records/SourceDescription.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -70,6 +71,9 @@ public:
     void retranslate();
     // The name of the user's own messages.
     void setMe(const std::string& me);
+    // What the cover's "Source" line names: an iPhone backup by its device, iOS version and
+    // date; any other history as the user's own.
+    void setSource(const SourceDescription& source);
 
     ExportOptions options(const Subject& subject) const;
     // The name the save panel proposes, such as "Book Club – Messages.pdf".
@@ -126,6 +130,13 @@ private:
     std::optional<LastRender> m_lastRender;
     std::uint64_t m_renderToken = 0;
     ExportStrings m_strings;
+    QString sourceText() const;
+    static SourceDescription ownHistory() {
+        SourceDescription own;
+        own.kind = SourceDescription::Kind::userHistory;
+        return own;
+    }
+    SourceDescription m_source = ownHistory();
 };
 
 } // namespace scrivly
