@@ -3,6 +3,7 @@
 #include "Scrivly/screens/AboutPanel.h"
 #include "Scrivly/screens/AccessView.h"
 #include "Scrivly/screens/AppConfig.h"
+#include "Scrivly/screens/BackupList.h"
 #include "Scrivly/screens/ExportSheet.h"
 #include "Scrivly/screens/HelpView.h"
 #include "Scrivly/screens/MainView.h"
@@ -35,7 +36,8 @@ MainWindow::MainWindow(AppModel& model, Updater& updater, QWidget* parent)
           new StatusView(QStringLiteral("bubble.left.and.exclamationmark.bubble.right"), this)),
       m_progress(new StatusView(QString(), this)),
       m_failure(new StatusView(QStringLiteral("exclamationmark.triangle"), this)),
-      m_main(new MainView(model, this)) {
+      m_main(new MainView(model, this)), m_backupOpener(new BackupOpener(model, this)),
+      m_backupSheets(new BackupSheets(*m_backupOpener, this)) {
     setObjectName(QStringLiteral("main"));
     setWindowTitle(QLatin1String(AppConfig::kDisplayName));
     setWindowIcon(Symbols::appIcon());
@@ -52,6 +54,8 @@ MainWindow::MainWindow(AppModel& model, Updater& updater, QWidget* parent)
     // Linux keeps no Messages history of its own: offer a copied database or the sample.
     connect(m_noHistory->addButton(tr("Open a Messages Database…")), &QPushButton::clicked, this,
             &MainWindow::openDatabase);
+    connect(m_noHistory->addButton(tr("Open an iPhone Backup…")), &QPushButton::clicked, this,
+            &MainWindow::openBackup);
     connect(m_noHistory->addButton(tr("Try the Sample History")), &QPushButton::clicked, &model,
             &AppModel::openSample);
 #endif
@@ -86,8 +90,9 @@ void MainWindow::buildMenus() {
 #ifndef Q_OS_MACOS
     QAction* open = file->addAction(tr("Open Messages Database…"), this, &MainWindow::openDatabase);
     open->setShortcut(QKeySequence::Open);
-    file->addSeparator();
 #endif
+    file->addAction(tr("Open iPhone Backup…"), this, &MainWindow::openBackup);
+    file->addSeparator();
     m_export = file->addAction(Symbols::icon(QStringLiteral("square.and.arrow.up")), tr("Export…"),
                                &m_model, &AppModel::showExport);
     m_export->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E));
@@ -306,6 +311,15 @@ void MainWindow::openDatabase() {
             tr("All files (*)"));
     if (!path.isEmpty()) {
         m_model.openDatabaseFile(path);
+    }
+}
+
+void MainWindow::openBackup() {
+    const QString folder = QFileDialog::getExistingDirectory(
+        QApplication::activeWindow() ? QApplication::activeWindow() : this,
+        tr("Open an iPhone Backup"), QDir::homePath());
+    if (!folder.isEmpty()) {
+        m_backupOpener->openFolder(folder);
     }
 }
 

@@ -20,6 +20,8 @@ class QStackedWidget;
 namespace scrivly {
 
 class AccessView;
+class BackupOpener;
+class BackupSheets;
 class HelpView;
 class MainView;
 class SettingsView;
@@ -45,6 +47,8 @@ public:
     // The help and settings windows once opened; null before.
     HelpView* helpWindow() const { return m_help; }
     SettingsView* settingsWindow() const { return m_settings; }
+    BackupOpener* backupOpener() const { return m_backupOpener; }
+    BackupSheets* backupSheets() const { return m_backupSheets; }
     QAction* exportAction() const { return m_export; }
     QAction* previewAction() const { return m_preview; }
     QAction* exportCSVAction() const { return m_exportCSV; }
@@ -57,6 +61,8 @@ public slots:
     void showAbout();
     void checkForUpdates();
     void openDatabase();
+    // Asks for a backup's folder, then opens it (see BackupOpener).
+    void openBackup();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -80,6 +86,8 @@ private:
     StatusView* m_progress;
     StatusView* m_failure;
     MainView* m_main;
+    BackupOpener* m_backupOpener;
+    BackupSheets* m_backupSheets;
 
     QAction* m_export = nullptr;
     QAction* m_preview = nullptr;

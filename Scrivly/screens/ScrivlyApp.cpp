@@ -2,10 +2,12 @@
 
 #include "Scrivly/model/AppModel.h"
 #include "Scrivly/screens/AppConfig.h"
+#include "Scrivly/screens/BackupList.h"
 #include "Scrivly/screens/DesktopPlatform.h"
 #include "Scrivly/screens/HelpView.h"
 #include "Scrivly/screens/MainView.h"
 #include "Scrivly/screens/MainWindow.h"
+#include "Scrivly/screens/PasswordSheet.h"
 #include "Scrivly/screens/PreviewSheet.h"
 #include "Scrivly/screens/SettingsView.h"
 #include "Scrivly/screens/Symbols.h"
@@ -60,6 +62,10 @@ ScrivlyApp::Options ScrivlyApp::parse(const QStringList& arguments) {
         QStringLiteral("database"),
         QCoreApplication::translate("scrivly::ScrivlyApp", "Read the Messages database at PATH."),
         QStringLiteral("PATH"));
+    const QCommandLineOption backup(
+        QStringLiteral("backup"),
+        QCoreApplication::translate("scrivly::ScrivlyApp", "Open the iPhone backup in FOLDER."),
+        QStringLiteral("FOLDER"));
     const QCommandLineOption language(
         QStringLiteral("language"),
         QCoreApplication::translate("scrivly::ScrivlyApp",
@@ -77,19 +83,21 @@ ScrivlyApp::Options ScrivlyApp::parse(const QStringList& arguments) {
         QStringLiteral("sheet"),
         QCoreApplication::translate("scrivly::ScrivlyApp",
                                     "With --screenshot: the sheet or window to show (welcome, "
-                                    "export, preview, settings, help)."),
+                                    "export, preview, settings, help, password)."),
         QStringLiteral("NAME"));
     const QCommandLineOption conversation(
         QStringLiteral("conversation"),
         QCoreApplication::translate("scrivly::ScrivlyApp",
                                     "With --screenshot: the conversation to show."),
         QStringLiteral("TITLE"));
-    parser.addOptions({sample, database, language, noUpdates, screenshot, sheet, conversation});
+    parser.addOptions(
+        {sample, database, backup, language, noUpdates, screenshot, sheet, conversation});
     parser.process(arguments);
 
     Options options;
     options.sample = parser.isSet(sample);
     options.databasePath = parser.value(database);
+    options.backupPath = parser.value(backup);
     options.language = parser.value(language);
     options.updateChecks = !parser.isSet(noUpdates) && !parser.isSet(screenshot);
     options.screenshot = parser.value(screenshot);
@@ -171,6 +179,11 @@ void ScrivlyApp::start() {
     } else if (!m_options.databasePath.isEmpty()) {
         m_model->openDatabaseFile(m_options.databasePath);
     }
+    if (!m_options.backupPath.isEmpty()) {
+        m_window->backupOpener()->openFolder(m_options.backupPath);
+    } else if (!m_options.sample && m_options.databasePath.isEmpty()) {
+        m_window->backupOpener()->offerRemembered();
+    }
     if (m_options.updateChecks) {
         const qint64 last = m_store->value(QLatin1String(kLastUpdateCheckKey)).toLongLong();
         if (QDateTime::currentSecsSinceEpoch() - last > kUpdateIntervalSeconds) {
@@ -190,6 +203,13 @@ QWidget* ScrivlyApp::otherWindow() const {
         return m_window->helpWindow();
     }
     return nullptr;
+}
+
+QDialog* ScrivlyApp::shownSheet() const {
+    if (m_options.screenshotSheet == QLatin1String("password")) {
+        return m_window->backupSheets()->passwordSheet();
+    }
+    return m_window->sheetDialog();
 }
 
 void ScrivlyApp::takeScreenshot() {
@@ -255,7 +275,7 @@ void ScrivlyApp::takeScreenshot() {
                 return false;
             }
             const bool wantsSheet = !m_options.screenshotSheet.isEmpty();
-            QDialog* sheet = m_window->sheetDialog();
+            QDialog* sheet = shownSheet();
             if (wantsSheet && (!sheet || !sheet->isVisible())) {
                 return false;
             }
@@ -282,7 +302,7 @@ void ScrivlyApp::takeScreenshot() {
                 return true;
             }
             QPixmap picture = m_window->grab();
-            if (QDialog* sheet = m_window->sheetDialog()) {
+            if (QDialog* sheet = shownSheet()) {
                 QPainter painter(&picture);
                 painter.fillRect(picture.rect(), QColor(0, 0, 0, 60));
                 const QPoint at = sheet->geometry().topLeft() - m_window->geometry().topLeft();

@@ -8,6 +8,7 @@
 #include <memory>
 
 class QApplication;
+class QDialog;
 class QWidget;
 class QTemporaryDir;
 class QTranslator;
@@ -28,6 +29,7 @@ public:
     struct Options {
         bool sample = false;  // read the made-up sample history
         QString databasePath; // read this Messages database
+        QString backupPath;   // open this iPhone backup (asking for its password)
         QString language;     // a locale name such as "de"; empty for the system's
         bool updateChecks = true;
         // Save a picture of the main window (and the sheet named by screenshotSheet: "welcome",
@@ -58,6 +60,8 @@ private:
     void takeScreenshot();
     // The settings or help window a screenshot is of, once open; null for the main window.
     QWidget* otherWindow() const;
+    // The sheet a picture shows: the password sheet, or the model's.
+    QDialog* shownSheet() const;
 
     Options m_options;
     std::unique_ptr<QTemporaryDir> m_scratch; // a private preferences store for screenshots

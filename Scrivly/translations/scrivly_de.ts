@@ -127,6 +127,83 @@
     </message>
 </context>
 <context>
+    <name>scrivly::BackupList</name>
+    <message>
+        <source>Choose a Backup</source>
+        <translation>Backup auswählen</translation>
+    </message>
+    <message>
+        <source>This folder holds several iPhone backups. Choose one.</source>
+        <translation>Dieser Ordner enthält mehrere iPhone-Backups. Wähle eines aus.</translation>
+    </message>
+    <message>
+        <source>Device</source>
+        <translation>Gerät</translation>
+    </message>
+    <message>
+        <source>Model</source>
+        <translation>Modell</translation>
+    </message>
+    <message>
+        <source>iOS</source>
+        <translation>iOS</translation>
+    </message>
+    <message>
+        <source>Last Backup</source>
+        <translation>Letztes Backup</translation>
+    </message>
+    <message>
+        <source>Encrypted</source>
+        <translation>Verschlüsselt</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+</context>
+<context>
+    <name>scrivly::BackupOpener</name>
+    <message>
+        <source>There is no iPhone backup in this folder. Choose the folder that holds the backup, or the one above it.</source>
+        <translation>In diesem Ordner liegt kein iPhone-Backup. Wähle den Ordner, der das Backup enthält, oder den darüber.</translation>
+    </message>
+    <message>
+        <source>The backup couldn’t be read: %1</source>
+        <translation>Das Backup konnte nicht gelesen werden: %1</translation>
+    </message>
+    <message>
+        <source>That password doesn’t open this backup. Check it and try again.</source>
+        <translation>Dieses Passwort öffnet das Backup nicht. Prüfe es und versuche es noch einmal.</translation>
+    </message>
+    <message>
+        <source>This backup isn’t finished. Back up the iPhone again, then open it.</source>
+        <translation>Dieses Backup ist nicht vollständig. Sichere das iPhone noch einmal und öffne es dann.</translation>
+    </message>
+    <message>
+        <source>This backup holds no Messages history.</source>
+        <translation>Dieses Backup enthält keinen Nachrichten-Verlauf.</translation>
+    </message>
+</context>
+<context>
+    <name>scrivly::BackupSheets</name>
+    <message>
+        <source>The backup couldn’t be opened</source>
+        <translation>Das Backup konnte nicht geöffnet werden</translation>
+    </message>
+</context>
+<context>
     <name>scrivly::DesktopPlatform</name>
     <message>
         <location filename="../screens/DesktopPlatform.cpp" line="41"/>
@@ -350,6 +427,22 @@
         <location filename="../model/ExportFlow.cpp" line="284"/>
         <source>The export couldn’t be saved: %1</source>
         <translation>Der Export konnte nicht gesichert werden: %1</translation>
+    </message>
+    <message>
+        <source>The iPhone backup of “%1”</source>
+        <translation>Das iPhone-Backup von „%1“</translation>
+    </message>
+    <message>
+        <source>(iOS %1)</source>
+        <translation>(iOS %1)</translation>
+    </message>
+    <message>
+        <source>, made %1 UTC</source>
+        <translation>, erstellt am %1 UTC</translation>
+    </message>
+    <message>
+        <source>%1, read by Scrivly. Scrivly lays the messages out; it doesn’t change their wording.</source>
+        <translation>%1, gelesen von Scrivly. Scrivly ordnet die Nachrichten nur an; ihren Wortlaut ändert es nicht.</translation>
     </message>
 </context>
 <context>
@@ -854,6 +947,53 @@
         <source>Check for Updates</source>
         <translation>Nach Updates suchen</translation>
     </message>
+    <message>
+        <source>Open iPhone Backup…</source>
+        <translation>iPhone-Backup öffnen …</translation>
+    </message>
+    <message>
+        <source>Open an iPhone Backup…</source>
+        <translation>Ein iPhone-Backup öffnen …</translation>
+    </message>
+    <message>
+        <source>Open an iPhone Backup</source>
+        <translation>Ein iPhone-Backup öffnen</translation>
+    </message>
+</context>
+<context>
+    <name>scrivly::PasswordSheet</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
+    <message>
+        <source>Backup Password</source>
+        <translation>Backup-Passwort</translation>
+    </message>
+    <message>
+        <source>Enter the password that was set for encrypted backups in Finder or iTunes. Scrivly uses it only to open this backup and never stores it. A lost backup password can’t be recovered, by Scrivly or by Apple.</source>
+        <translation>Gib das Passwort ein, das im Finder oder in iTunes für verschlüsselte Backups festgelegt wurde. Scrivly verwendet es nur, um dieses Backup zu öffnen, und speichert es nie. Ein verlorenes Backup-Passwort lässt sich nicht wiederherstellen, weder von Scrivly noch von Apple.</translation>
+    </message>
+    <message>
+        <source>Backup password</source>
+        <translation>Backup-Passwort</translation>
+    </message>
+    <message>
+        <source>Unlocking the backup… This takes a few seconds.</source>
+        <translation>Das Backup wird entsperrt … Das dauert einige Sekunden.</translation>
+    </message>
+    <message>
+        <source>This iPhone backup is encrypted</source>
+        <translation>Dieses iPhone-Backup ist verschlüsselt</translation>
+    </message>
+    <message>
+        <source>The backup of “%1” is encrypted</source>
+        <translation>Das Backup von „%1“ ist verschlüsselt</translation>
+    </message>
 </context>
 <context>
     <name>scrivly::PreviewSheet</name>
@@ -931,13 +1071,17 @@
     </message>
     <message>
         <location filename="../screens/ScrivlyApp.cpp" line="78"/>
-        <source>With --screenshot: the sheet or window to show (welcome, export, preview, settings, help).</source>
-        <translation>Mit --screenshot: das zu zeigende Blatt oder Fenster (welcome, export, preview, settings, help).</translation>
+        <source>With --screenshot: the sheet or window to show (welcome, export, preview, settings, help, password).</source>
+        <translation>Mit --screenshot: das zu zeigende Blatt oder Fenster (welcome, export, preview, settings, help, password).</translation>
     </message>
     <message>
         <location filename="../screens/ScrivlyApp.cpp" line="84"/>
         <source>With --screenshot: the conversation to show.</source>
         <translation>Mit --screenshot: die zu zeigende Unterhaltung.</translation>
+    </message>
+    <message>
+        <source>Open the iPhone backup in FOLDER.</source>
+        <translation>Das iPhone-Backup in FOLDER öffnen.</translation>
     </message>
 </context>
 <context>

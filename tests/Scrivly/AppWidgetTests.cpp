@@ -5,12 +5,14 @@
 #include "Scrivly/screens/AboutPanel.h"
 #include "Scrivly/screens/AccessView.h"
 #include "Scrivly/screens/AppConfig.h"
+#include "Scrivly/screens/BackupList.h"
 #include "Scrivly/screens/ConversationList.h"
 #include "Scrivly/screens/DesktopPlatform.h"
 #include "Scrivly/screens/ExportSheet.h"
 #include "Scrivly/screens/HelpView.h"
 #include "Scrivly/screens/MainView.h"
 #include "Scrivly/screens/MainWindow.h"
+#include "Scrivly/screens/PasswordSheet.h"
 #include "Scrivly/screens/PreviewSheet.h"
 #include "Scrivly/screens/ScrivlyApp.h"
 #include "Scrivly/screens/SettingsView.h"
@@ -19,6 +21,7 @@
 #include "Scrivly/screens/TranscriptView.h"
 #include "Scrivly/screens/Updater.h"
 #include "Scrivly/screens/WelcomeView.h"
+#include "ScrivlyKit/history/Sources.h"
 #include "TestSupport.h"
 
 #include <QAction>
@@ -338,6 +341,7 @@ private slots:
 #else
         QCOMPARE(buttonTexts(screen), (QStringList{QStringLiteral("Check Again"),
                                                    QStringLiteral("Open a Messages Database…"),
+                                                   QStringLiteral("Open an iPhone Backup…"),
                                                    QStringLiteral("Try the Sample History")}));
 #endif
         writeHistory(harness.standardDatabase(), {{"+15550001111", {{"Hi", Date::now()}}}});
@@ -445,6 +449,35 @@ private slots:
         QCOMPARE(DesktopPlatform().locale(), std::string("de_DE"));
 
         QLocale::setDefault(english);
+    }
+
+    // Last: it leaves the application reading the backup.
+    void encryptedBackupOpensThroughThePasswordSheet() {
+        const QString device = QString::fromStdString(Sources::sampleBackup(
+            m_dir.filePath(QStringLiteral("Backups")).toStdString(),
+            Date::fromUnixSeconds(1763900000), std::string("hunter22"), true));
+        window().backupOpener()->openFolder(m_dir.filePath(QStringLiteral("Backups")));
+        QTRY_VERIFY_WITH_TIMEOUT(window().backupSheets()->passwordSheet(), kWait);
+        PasswordSheet* sheet = window().backupSheets()->passwordSheet();
+        QTRY_VERIFY(sheet->isVisible());
+        QVERIFY(!sheet->openButton()->isEnabled());
+        QVERIFY(!sheet->progressLine()->isVisibleTo(sheet));
+
+        QTest::keyClicks(sheet->passwordField(), QStringLiteral("nope"));
+        sheet->openButton()->click();
+        QVERIFY(sheet->passwordField()->text().isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(sheet->errorLabel()->isVisibleTo(sheet), kWait);
+
+        QTest::keyClicks(sheet->passwordField(), QStringLiteral("hunter22"));
+        sheet->openButton()->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!window().backupSheets()->passwordSheet(), kWait);
+        QTRY_COMPARE_WITH_TIMEOUT(model().databaseSource(), AppModel::DatabaseSource::backup,
+                                  kWait);
+        QTRY_COMPARE_WITH_TIMEOUT(model().phase(), AppModel::Phase::ready, kWait);
+        QCOMPARE(window().currentScreen(), window().mainView());
+        QTRY_COMPARE(static_cast<std::size_t>(mainView().list()->model()->rowCount()),
+                     model().conversations().size());
+        QCOMPARE(model().rememberedBackup(), device);
     }
 };
 
