@@ -280,7 +280,8 @@ void AppModel::select(const std::optional<std::string>& id) {
 // MARK: database source
 
 void AppModel::openDatabaseFile(const QString& path) {
-    m_store.setValue(QLatin1String(kDatabasePathKey), path);
+    // Remembered once it has been read (setPhase): a file that fails must not trap the next start.
+    m_store.remove(QLatin1String(kDatabasePathKey));
     m_store.remove(QLatin1String(kBackupPathKey));
     m_store.sync();
     switchSource(DatabaseSource::file, path);
@@ -659,6 +660,15 @@ void AppModel::setPhase(Phase phase, const QString& message) {
     }
     m_phase = phase;
     m_failureMessage = message;
+    if (m_source == DatabaseSource::file) {
+        if (phase == Phase::ready) {
+            m_store.setValue(QLatin1String(kDatabasePathKey), m_filePath);
+            m_store.sync();
+        } else if (phase == Phase::failed || phase == Phase::noHistory) {
+            m_store.remove(QLatin1String(kDatabasePathKey));
+            m_store.sync();
+        }
+    }
     emit phaseChanged();
 }
 

@@ -130,7 +130,8 @@ public:
     // Selects a conversation (or none) and reads its messages.
     void select(const std::optional<std::string>& id);
 
-    // Reads the database file at path from now on and remembers it for later launches; its home
+    // Reads the database file at path from now on and, once it has been read, remembers it for
+    // later launches (a file that fails to open is forgotten); its home
     // folder is the one above Library when the path ends in Library/Messages/chat.db.
     void openDatabaseFile(const QString& path);
     // Reads the made-up sample history (written once into a private temporary folder).

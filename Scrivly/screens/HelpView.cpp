@@ -10,6 +10,8 @@
 #include <QSplitter>
 #include <QTextBrowser>
 
+#include <algorithm>
+
 namespace scrivly {
 
 namespace {
@@ -99,11 +101,15 @@ HelpView::HelpView(QWidget* parent)
     m_list->setIconSize(QSize(20, 20));
     m_list->setSpacing(2);
     m_list->setAccessibleName(tr("Help topics"));
-    m_list->setMinimumWidth(210);
     for (const Topic& topic : m_topics) {
         auto* item = new QListWidgetItem(Symbols::icon(topic.symbol), topic.title, m_list);
         item->setData(Qt::UserRole, topic.id);
     }
+    // Wide enough for the longest title in any language, so none is cut and no scrollbar shows.
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    const int listWidth = std::max(210, m_list->sizeHintForColumn(0) + 2 * m_list->frameWidth() +
+                                            4 * m_list->spacing() + 8);
+    m_list->setMinimumWidth(listWidth);
     splitter->addWidget(m_list);
     m_text->setOpenExternalLinks(true);
     m_text->setFrameShape(QFrame::NoFrame);
@@ -111,7 +117,8 @@ HelpView::HelpView(QWidget* parent)
     m_text->document()->setDocumentMargin(18);
     splitter->addWidget(m_text);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({220, 540});
+    resize(std::max(760, listWidth + 540), 500);
+    splitter->setSizes({listWidth, width() - listWidth});
 
     auto* link = new QLabel(this);
     const QString website = QLatin1String(AppConfig::kWebsite);

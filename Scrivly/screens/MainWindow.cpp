@@ -29,6 +29,13 @@
 
 namespace scrivly {
 
+namespace {
+
+// Marks the failure screen's buttons that only a chosen database file offers.
+constexpr const char* kChosenFileOnly = "chosenFileOnly";
+
+} // namespace
+
 MainWindow::MainWindow(AppModel& model, Updater& updater, QWidget* parent)
     : QMainWindow(parent), m_model(model), m_updater(updater), m_stack(new QStackedWidget(this)),
       m_access(new AccessView(model, this)),
@@ -64,6 +71,14 @@ MainWindow::MainWindow(AppModel& model, Updater& updater, QWidget* parent)
     m_failure->setTitle(tr("Messages couldn’t be read"));
     connect(m_failure->addButton(tr("Try Again")), &QPushButton::clicked, &model,
             &AppModel::reload);
+    // A chosen file that can't be read must not leave "Try Again" as the only way on.
+    QPushButton* another = m_failure->addButton(tr("Open a Messages Database…"));
+    connect(another, &QPushButton::clicked, this, &MainWindow::openDatabase);
+    QPushButton* sample = m_failure->addButton(tr("Try the Sample History"));
+    connect(sample, &QPushButton::clicked, &model, &AppModel::openSample);
+    for (QPushButton* button : {another, sample}) {
+        button->setProperty(kChosenFileOnly, true);
+    }
 
     for (QWidget* screen : {static_cast<QWidget*>(m_access), static_cast<QWidget*>(m_noHistory),
                             static_cast<QWidget*>(m_progress), static_cast<QWidget*>(m_failure),
@@ -151,6 +166,11 @@ void MainWindow::updatePhase() {
         break;
     case AppModel::Phase::failed:
         m_failure->setText(m_model.failureMessage());
+        for (QPushButton* button : m_failure->findChildren<QPushButton*>()) {
+            if (button->property(kChosenFileOnly).toBool()) {
+                button->setVisible(m_model.databaseSource() == AppModel::DatabaseSource::file);
+            }
+        }
         m_stack->setCurrentWidget(m_failure);
         break;
     case AppModel::Phase::ready:

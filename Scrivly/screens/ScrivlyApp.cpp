@@ -19,6 +19,7 @@
 #include <QCommandLineParser>
 #include <QDateTime>
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QLibraryInfo>
 #include <QListView>
 #include <QPainter>
@@ -28,6 +29,9 @@
 #include <QTimer>
 #include <QTranslator>
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 
 namespace scrivly {
@@ -36,6 +40,7 @@ namespace {
 
 constexpr const char* kLastUpdateCheckKey = "lastUpdateCheck";
 constexpr qint64 kUpdateIntervalSeconds = 24 * 60 * 60;
+constexpr qint64 kScreenshotPatienceMs = 8000;
 
 // Runs step every 100 ms until it returns true; gives up after a minute.
 void poll(QObject* context, std::function<bool()> step, int triesLeft = 600) {
@@ -45,6 +50,12 @@ void poll(QObject* context, std::function<bool()> step, int triesLeft = 600) {
     QTimer::singleShot(100, context, [context, step = std::move(step), triesLeft] {
         poll(context, step, triesLeft - 1);
     });
+}
+
+// A wrong command line ends the program with one line on standard error and status 2.
+[[noreturn]] void usageError(const QString& message) {
+    std::fputs(qPrintable(QStringLiteral("scrivly: %1\n").arg(message)), stderr);
+    std::exit(2);
 }
 
 } // namespace
@@ -103,6 +114,17 @@ ScrivlyApp::Options ScrivlyApp::parse(const QStringList& arguments) {
     options.screenshot = parser.value(screenshot);
     options.screenshotSheet = parser.value(sheet);
     options.screenshotConversation = parser.value(conversation);
+    // Given but empty, it asks for a picture with nothing selected.
+    options.screenshotNothingSelected =
+        parser.isSet(conversation) && options.screenshotConversation.isEmpty();
+    const QStringList sheets = {QStringLiteral("welcome"), QStringLiteral("export"),
+                                QStringLiteral("preview"), QStringLiteral("settings"),
+                                QStringLiteral("help"),    QStringLiteral("password")};
+    if (parser.isSet(sheet) && !sheets.contains(options.screenshotSheet)) {
+        usageError(QCoreApplication::translate("scrivly::ScrivlyApp",
+                                               "There is no sheet or window called “%1”.")
+                       .arg(options.screenshotSheet));
+    }
     return options;
 }
 
@@ -123,13 +145,21 @@ bool ScrivlyApp::installTranslations(const QLocale& locale, QObject* owner) {
 
 ScrivlyApp::ScrivlyApp(Options options, std::unique_ptr<QSettings> store)
     : m_options(std::move(options)), m_store(std::move(store)) {
-    if (!m_options.language.isEmpty()) {
-        QLocale::setDefault(QLocale(m_options.language));
+    const QLocale asked(m_options.language);
+    if (!m_options.language.isEmpty() && asked.language() != QLocale::C) {
+        QLocale::setDefault(asked);
     } else if (QLocale().language() == QLocale::C) {
         // A session without a language (LANG unset) gets readable English dates, not C's.
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     }
-    installTranslations(QLocale(), this);
+    const bool translated = installTranslations(QLocale(), this);
+    // English is the source language, so only another one can be missing.
+    if (!m_options.language.isEmpty() && !translated && asked.language() != QLocale::English) {
+        std::fputs(qPrintable(QStringLiteral("scrivly: no translation for “%1”; showing "
+                                             "English.\n")
+                                  .arg(m_options.language)),
+                   stderr);
+    }
     Symbols::useFallbackTheme();
     QGuiApplication::setWindowIcon(Symbols::appIcon());
 
@@ -218,27 +248,59 @@ void ScrivlyApp::takeScreenshot() {
     enum class Step { list, transcript, photos, sheet, shown, done };
     auto step = std::make_shared<Step>(Step::list);
     auto settle = std::make_shared<int>(0);
-    poll(this, [this, step, settle]() -> bool {
+    auto started = std::make_shared<QElapsedTimer>();
+    started->start();
+    poll(this, [this, step, settle, started]() -> bool {
         AppModel& model = *m_model;
         TranscriptView* transcript = m_window->mainView()->transcript();
+        // A picture is always taken: whatever shows after a few seconds is drawn as it is.
+        if (started->elapsed() > kScreenshotPatienceMs) {
+            *step = Step::done;
+        }
         switch (*step) {
         case Step::list: {
-            if (model.phase() != AppModel::Phase::ready || !m_window->settled()) {
+            if (!m_window->settled()) {
+                return false;
+            }
+            // A history that can't be read has nothing more to wait for: its screen is the picture.
+            const bool stuck = model.phase() == AppModel::Phase::failed ||
+                               ((model.phase() == AppModel::Phase::noHistory ||
+                                 model.phase() == AppModel::Phase::needsAccess) &&
+                                m_options.screenshotSheet.isEmpty());
+            if (stuck) {
+                *step = Step::done;
+                return false;
+            }
+            if (model.phase() != AppModel::Phase::ready) {
                 return false;
             }
             if (model.sheet() == AppModel::Sheet::welcome &&
                 m_options.screenshotSheet != QLatin1String("welcome")) {
                 model.finishOnboarding();
             }
-            const auto conversations = model.conversations();
-            for (const Conversation& conversation : conversations) {
-                if (m_options.screenshotConversation.isEmpty() ||
-                    QString::fromStdString(conversation.title) ==
-                        m_options.screenshotConversation) {
-                    model.select(conversation.id);
-                    break;
-                }
+            if (m_options.screenshotNothingSelected) {
+                *step = Step::photos;
+                return false;
             }
+            const auto conversations = model.conversations();
+            const auto chosen = std::find_if(
+                conversations.begin(), conversations.end(), [this](const Conversation& c) {
+                    return m_options.screenshotConversation.isEmpty() ||
+                           QString::fromStdString(c.title) == m_options.screenshotConversation;
+                });
+            if (chosen == conversations.end()) {
+                if (!m_options.screenshotConversation.isEmpty()) {
+                    std::fputs(qPrintable(QStringLiteral("scrivly: no conversation is titled "
+                                                         "“%1”.\n")
+                                              .arg(m_options.screenshotConversation)),
+                               stderr);
+                    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(2); });
+                    return true;
+                }
+                *step = Step::photos; // an empty history: picture the empty list
+                return false;
+            }
+            model.select(chosen->id);
             *step = Step::transcript;
             return false;
         }
@@ -250,7 +312,7 @@ void ScrivlyApp::takeScreenshot() {
             *step = Step::photos;
             return false;
         case Step::photos:
-            if (transcript->rows().photosPending()) {
+            if (model.transcript() && transcript->rows().photosPending()) {
                 return false;
             }
             transcript->list()->viewport()->update();

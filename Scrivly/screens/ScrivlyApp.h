@@ -38,6 +38,7 @@ public:
         QString screenshot;
         QString screenshotSheet;
         QString screenshotConversation;
+        bool screenshotNothingSelected = false; // --conversation "" : the empty transcript pane
     };
 
     // Reads the options from the command line; exits with a message on a wrong one.

@@ -39,10 +39,15 @@ StatusView::StatusView(const QString& symbol, QWidget* parent)
 
     m_text->setAlignment(Qt::AlignCenter);
     m_text->setWordWrap(true);
-    m_text->setMaximumWidth(520);
     m_text->setForegroundRole(QPalette::PlaceholderText);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    layout->addWidget(m_text, 0, Qt::AlignHCenter);
+    // Aligned in the layout, a wrapping label is sized to its one-line hint and loses the rest;
+    // filling the row between equal margins lets it take the height its wrapped text needs.
+    auto* textRow = new QHBoxLayout;
+    textRow->addStretch(1);
+    textRow->addWidget(m_text, 6);
+    textRow->addStretch(1);
+    layout->addLayout(textRow);
 
     m_buttons->setSpacing(8);
     m_buttons->addStretch(1);

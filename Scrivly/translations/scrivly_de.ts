@@ -1040,6 +1040,10 @@
 <context>
     <name>scrivly::ScrivlyApp</name>
     <message>
+        <source>There is no sheet or window called “%1”.</source>
+        <translation>Es gibt kein Blatt und kein Fenster namens „%1“.</translation>
+    </message>
+    <message>
         <location filename="../screens/ScrivlyApp.cpp" line="52"/>
         <source>Export Messages conversations to clean, dated PDFs</source>
         <translation>Nachrichten-Verläufe als saubere, datierte PDFs exportieren</translation>

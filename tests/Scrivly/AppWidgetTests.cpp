@@ -359,11 +359,44 @@ private slots:
         screen = other.currentScreen();
         QVERIFY(showsText(screen, QStringLiteral("Messages couldn’t be read")));
         QVERIFY(showsText(screen, harness.model().failureMessage()));
-        QCOMPARE(buttonTexts(screen), QStringList{QStringLiteral("Try Again")});
+        // A file that fails is not read again at the next start, and the screen offers ways out.
+        QVERIFY(!harness.store->contains(QLatin1String(AppModel::kDatabasePathKey)));
+        QCOMPARE(buttonTexts(screen), (QStringList{QStringLiteral("Try Again"),
+                                                   QStringLiteral("Open a Messages Database…"),
+                                                   QStringLiteral("Try the Sample History")}));
+        // The whole message shows, wrapped over lines, however long it is.
+        const QString longMessage =
+            harness.model().failureMessage() +
+            QStringLiteral(" The database may be damaged, or it is a file of another kind. "
+                           "Choose another copy of chat.db, or try the sample history.");
+        other.resize(760, 560);
+        other.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&other));
+        auto* failure = qobject_cast<StatusView*>(screen);
+        failure->setText(longMessage);
+        QLabel* shown = nullptr;
+        for (QLabel* label : failure->findChildren<QLabel*>()) {
+            if (label->text() == longMessage) {
+                shown = label;
+            }
+        }
+        QVERIFY(shown);
+        QTRY_VERIFY(shown->isVisible());
+        QVERIFY(shown->wordWrap());
+        const QFontMetrics metrics(shown->font());
+        const QRect needed = metrics.boundingRect(QRect(0, 0, shown->width(), 10000),
+                                                  Qt::TextWordWrap | Qt::AlignCenter, longMessage);
+        QVERIFY2(shown->height() >= needed.height(),
+                 qPrintable(QStringLiteral("%1 < %2").arg(shown->height()).arg(needed.height())));
+        QVERIFY(needed.height() > 2 * metrics.lineSpacing()); // it did need several lines
+        QVERIFY(shown->width() < failure->width());
+        other.hide();
 
         writeHistory(file, {{"+15550001111", {{"Hi", Date::now()}}}});
         buttonNamed(screen, QStringLiteral("Try Again"))->click();
         QTRY_VERIFY_WITH_TIMEOUT(other.currentScreen() == other.mainView(), kWait);
+        // Read once, it is the one to read at the next start.
+        QCOMPARE(harness.store->value(QLatin1String(AppModel::kDatabasePathKey)).toString(), file);
     }
 
     void problemAlertShowsTheProblemUntilDismissed() {
