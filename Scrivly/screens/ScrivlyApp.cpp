@@ -40,7 +40,7 @@ namespace {
 
 constexpr const char* kLastUpdateCheckKey = "lastUpdateCheck";
 constexpr qint64 kUpdateIntervalSeconds = 24 * 60 * 60;
-constexpr qint64 kScreenshotPatienceMs = 8000;
+constexpr qint64 kScreenshotPatienceMs = 30000;
 
 // Runs step every 100 ms until it returns true; gives up after a minute.
 void poll(QObject* context, std::function<bool()> step, int triesLeft = 600) {
@@ -253,7 +253,7 @@ void ScrivlyApp::takeScreenshot() {
     poll(this, [this, step, settle, started]() -> bool {
         AppModel& model = *m_model;
         TranscriptView* transcript = m_window->mainView()->transcript();
-        // A picture is always taken: whatever shows after a few seconds is drawn as it is.
+        // A picture is always taken: whatever shows by then is drawn as it is.
         if (started->elapsed() > kScreenshotPatienceMs) {
             *step = Step::done;
         }
