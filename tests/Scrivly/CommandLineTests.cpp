@@ -89,7 +89,7 @@ private slots:
         QVERIFY(image.width() >= 700);
         const QStringList lines = ownLines(run.err);
         QCOMPARE(lines.size(), 1);
-        QVERIFY(lines.first().contains(QLatin1String("“xx”")));
+        QVERIFY(lines.first().contains(QStringLiteral("“xx”")));
     }
 
     void screenshotWithUnknownNamesIsAUsageError() {
