@@ -1,7 +1,10 @@
 #include "ScrivlyKit/pdf/LaidOutDocument.h"
 
+#include "ScrivlyKit/pdf/CairoHandles.h"
 #include "ScrivlyKit/pdf/PDFDraw.h"
 #include "ScrivlyKit/pdf/PDFLayout.h"
+
+#include <pango/pangocairo.h>
 
 namespace scrivly::PDFExport {
 
@@ -13,6 +16,18 @@ ExportOptions withoutCover(ExportOptions options) {
 }
 
 } // namespace
+
+struct FontCache::Impl {
+    pdf::PangoFontMapPtr fontMap{pango_cairo_font_map_new()};
+};
+
+FontCache::FontCache() : m_impl(std::make_unique<Impl>()) {
+    if (m_impl->fontMap == nullptr) {
+        throw Failed("The PDF couldn’t be made: no fonts are available.");
+    }
+}
+
+FontCache::~FontCache() = default;
 
 struct LaidOutDocument::Impl {
     Transcript transcript;
@@ -26,8 +41,9 @@ struct LaidOutDocument::Impl {
                  progress ? Progress([progress](double fraction) { progress(fraction * 2); })
                           : Progress(),
                  std::move(stop),
-                 pdf::LayoutExtras{std::move(extras.nativeName), extras.keptShapeBytes,
-                                   extras.pictureWorkers}) {}
+                 pdf::LayoutExtras{
+                     std::move(extras.nativeName), extras.keptShapeBytes, extras.pictureWorkers,
+                     extras.fonts != nullptr ? extras.fonts->m_impl->fontMap.get() : nullptr}) {}
 };
 
 LaidOutDocument::LaidOutDocument(Transcript transcript, const ExportOptions& options,

@@ -16,6 +16,21 @@
 
 namespace scrivly::PDFExport {
 
+// The fonts that a thread's documents are set in, found once for all of them: finding them costs
+// more than laying out a short conversation. Use it from one thread only.
+class FontCache {
+public:
+    FontCache();
+    ~FontCache();
+    FontCache(const FontCache&) = delete;
+    FontCache& operator=(const FontCache&) = delete;
+
+private:
+    friend class LaidOutDocument;
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
 // A transcript laid out once, without a cover, then drawn as one PDF file or as several pieces
 // whose page numbers and Bates labels are given only when they are drawn: a document of a
 // production, whose numbers depend on the documents before it and on how it is split. Not
@@ -29,6 +44,7 @@ public:
             nativeName;
         std::size_t keptShapeBytes = std::size_t{160} << 20; // see TextSetter
         unsigned pictureWorkers = 0;                         // 0: one per core, at most four
+        FontCache* fonts = nullptr; // borrowed, of this thread; fonts of its own when null
     };
 
     // Lays out every page but the cover, as PDFExport::render would (progress from 0 to 1).

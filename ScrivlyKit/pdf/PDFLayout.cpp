@@ -43,7 +43,7 @@ Layout::Layout(const ExportOptions& options, const ExportStrings& strings,
                PDFExport::Progress progress, std::stop_token stop, LayoutExtras extras)
     : m_options(options), m_strings(strings), m_page(Paper::size(options.paper)),
       m_progress(std::move(progress)), m_stop(std::move(stop)), m_extras(std::move(extras)),
-      m_setter(options.locale, m_extras.keptShapeBytes) {
+      m_setter(options.locale, m_extras.keptShapeBytes, m_extras.fontMap) {
     measureChrome();
     m_pages.assign(1, {});
     m_y = textTop();

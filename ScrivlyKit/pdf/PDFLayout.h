@@ -53,7 +53,8 @@ struct LayoutExtras {
     // line then names that file, and a picture drawn inline gets such a line too.
     std::function<std::optional<std::string>(std::size_t entry, std::size_t attachment)> nativeName;
     std::size_t keptShapeBytes = TextSetter::kKeptShapeBytes;
-    unsigned pictureWorkers = 0; // as PictureQueue::Settings::workers
+    unsigned pictureWorkers = 0;     // as PictureQueue::Settings::workers
+    PangoFontMap* fontMap = nullptr; // shared with other layouts of this thread (see TextSetter)
 };
 
 // The page (0-based) whose attachment line names a produced file.

@@ -184,9 +184,11 @@ struct TextSetter::Scratch {
     std::size_t paragraphIndex = 0;
 };
 
-TextSetter::TextSetter(const std::string& language, std::size_t keptShapeBytes)
+TextSetter::TextSetter(const std::string& language, std::size_t keptShapeBytes,
+                       PangoFontMap* fontMap)
     : m_keptShapeBytes(keptShapeBytes) {
-    m_fontMap.reset(pango_cairo_font_map_new());
+    m_fontMap.reset(fontMap != nullptr ? PANGO_FONT_MAP(g_object_ref(fontMap))
+                                       : pango_cairo_font_map_new());
     if (m_fontMap == nullptr) {
         throw PDFExport::Failed("The PDF couldn’t be made: no fonts are available.");
     }

@@ -70,7 +70,10 @@ public:
     static constexpr std::size_t kKeptShapeBytes = std::size_t{160} << 20;
 
     // language: an ICU locale identifier; it guides the choice among fonts for Han characters.
-    explicit TextSetter(const std::string& language, std::size_t keptShapeBytes = kKeptShapeBytes);
+    // fontMap: fonts already found by earlier setters of this thread (finding them costs more
+    // than setting a short document), or null for fonts of its own.
+    explicit TextSetter(const std::string& language, std::size_t keptShapeBytes = kKeptShapeBytes,
+                        PangoFontMap* fontMap = nullptr);
     ~TextSetter();
     TextSetter(const TextSetter&) = delete;
     TextSetter& operator=(const TextSetter&) = delete;

@@ -84,7 +84,9 @@ std::optional<Hashed> copy(const std::string& from, const std::string& to, std::
     try {
         source = FileSystem::openRegularFile(from);
     } catch (const std::filesystem::filesystem_error& error) {
-        reason = std::strerror(error.code().value());
+        // openRegularFile refuses a pipe or a device in the file's place with EINVAL.
+        reason = error.code().value() == EINVAL ? "not a regular file"
+                                                : std::strerror(error.code().value());
         return std::nullopt;
     }
     FileDescriptor target = createNew(to);

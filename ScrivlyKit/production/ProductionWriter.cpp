@@ -229,8 +229,9 @@ public:
 private:
     void work() {
         try {
+            PDFExport::FontCache fonts;
             while (auto job = nextJob()) {
-                make(std::move(*job));
+                make(std::move(*job), fonts);
             }
         } catch (...) {
             std::lock_guard lock(m_lock);
@@ -340,7 +341,7 @@ private:
 
     // One document ---------------------------------------------------------------------------
 
-    void make(Job job) {
+    void make(Job job, PDFExport::FontCache& fonts) {
         const std::string jobScratch = m_scratch + "/document-" + std::to_string(job.index);
         struct Cleanup {
             std::string path;
@@ -371,7 +372,7 @@ private:
                         const auto found = names.find({entry, attachment});
                         return found == names.end() ? std::nullopt : std::optional(found->second);
                     },
-                    kKeptShapeBytes, kPictureWorkers},
+                    kKeptShapeBytes, kPictureWorkers, &fonts},
                 [this, index, weight](double fraction) {
                     setCurrent(index, fraction * 0.5 * weight);
                 },
@@ -379,49 +380,62 @@ private:
         };
         auto document = layOut();
 
-        waitForTurn(index);
-        const std::int64_t start = m_nextNumber;
+        // Numbered from where the documents before it are expected to end, so that it can be
+        // drawn while they are; checked again when its turn to be written comes.
+        std::int64_t start = waitForPrediction(index);
         std::vector<Part> parts{Part{0, document->pageCount()}};
         std::vector<LaidOutDocument::Drawn> drawn;
         Numbering numbering;
         std::vector<LaidOutDocument::NativeLine> lines;
-        for (int round = 0;; ++round) {
-            if (round == kSettleRounds) {
-                throw ProductionError(Kind::failed,
-                                      "The documents of “" + job.conversation->title +
-                                          "” couldn’t be numbered: their pages kept changing.");
-            }
-            numbering = number(*document, parts, start, *job.conversation);
-            lines = document->nativeLines();
-            if (!lines.empty()) {
-                const auto finalNames = nativeNames(lines, natives, *document, parts, numbering);
-                if (!document->renameNatives([&](std::size_t entry, std::size_t attachment) {
-                        return finalNames.at({entry, attachment});
-                    })) {
-                    // A name of another width moved a line: lay out again with the names as
-                    // they now stand, and cut the new pages afresh.
-                    names = finalNames;
-                    document.reset();
-                    document = layOut();
-                    parts = {Part{0, document->pageCount()}};
-                    continue;
+        int rounds = 0;
+        const auto settle = [&] {
+            for (;;) {
+                if (++rounds > kSettleRounds) {
+                    throw ProductionError(Kind::failed,
+                                          "The documents of “" + job.conversation->title +
+                                              "” couldn’t be numbered: their pages kept changing.");
                 }
-                names = finalNames;
-            }
-            drawn.clear();
-            bool resplit = false;
-            for (std::size_t part = 0; part < parts.size(); ++part) {
-                drawn.push_back(drawPart(*document, parts, part, numbering, index, weight));
-                if (m_production.maxBytes && drawn.back().data.size() > *m_production.maxBytes &&
-                    parts[part].count > 1) {
-                    parts = split(parts, part, drawn.back(), *m_production.maxBytes);
-                    resplit = true;
-                    break;
+                numbering = number(*document, parts, start, *job.conversation);
+                lines = document->nativeLines();
+                if (!lines.empty()) {
+                    auto finalNames = nativeNames(lines, natives, parts, numbering);
+                    const bool renamed =
+                        document->renameNatives([&](std::size_t entry, std::size_t attachment) {
+                            return finalNames.at({entry, attachment});
+                        });
+                    names = std::move(finalNames);
+                    if (!renamed) {
+                        // A name of another width moved a line: lay out again with the names
+                        // as they now stand, and cut the new pages afresh.
+                        document.reset();
+                        document = layOut();
+                        parts = {Part{0, document->pageCount()}};
+                        continue;
+                    }
+                }
+                predict(index, numbering.next);
+                drawn.clear();
+                bool resplit = false;
+                for (std::size_t part = 0; part < parts.size() && !resplit; ++part) {
+                    drawn.push_back(drawPart(*document, parts, part, numbering, index, weight));
+                    if (m_production.maxBytes &&
+                        drawn.back().data.size() > *m_production.maxBytes &&
+                        parts[part].count > 1) {
+                        parts = split(parts, part, drawn.back(), *m_production.maxBytes);
+                        resplit = true;
+                    }
+                }
+                if (!resplit) {
+                    return;
                 }
             }
-            if (!resplit) {
-                break;
-            }
+        };
+        settle();
+        waitForTurn(index);
+        if (m_nextNumber != start) {
+            // A document before it came out longer or shorter than expected.
+            start = m_nextNumber;
+            settle();
         }
         write(job, *document, parts, numbering, drawn, lines, natives, names, std::move(missing));
         document.reset();
@@ -482,6 +496,24 @@ private:
             }
         }
         return staged;
+    }
+
+    // Where the document is expected to begin: after the expected end of the one before it.
+    std::int64_t waitForPrediction(std::size_t index) {
+        std::unique_lock lock(m_lock);
+        m_turnChanged.wait(lock, [&] {
+            return index == 0 || m_predictions.contains(index - 1) || m_stop.stop_requested();
+        });
+        if (m_stop.stop_requested()) {
+            throw PDFExport::Cancelled();
+        }
+        return index == 0 ? m_nextNumber : m_predictions[index - 1];
+    }
+
+    void predict(std::size_t index, std::int64_t next) {
+        std::lock_guard lock(m_lock);
+        m_predictions[index] = next;
+        m_turnChanged.notify_all();
     }
 
     void waitForTurn(std::size_t index) {
@@ -557,9 +589,8 @@ private:
 
     std::map<std::pair<std::size_t, std::size_t>, std::string>
     nativeNames(const std::vector<LaidOutDocument::NativeLine>& lines,
-                const std::vector<StagedNative>& natives, const LaidOutDocument& document,
-                const std::vector<Part>& parts, const Numbering& numbering) const {
-        (void)document;
+                const std::vector<StagedNative>& natives, const std::vector<Part>& parts,
+                const Numbering& numbering) const {
         std::map<std::pair<std::size_t, std::size_t>, std::string> ownNames;
         for (const auto& native : natives) {
             ownNames[{native.entry, native.attachment}] = native.name;
@@ -736,6 +767,11 @@ private:
             m_missing.push_back(std::move(attachment));
         }
         m_nextNumber = numbering.next;
+        // The next document may still be about to read where this one ends.
+        m_predictions[m_turn] = numbering.next;
+        if (m_turn > 0) {
+            m_predictions.erase(m_turn - 1);
+        }
         ++m_turn;
         m_turnChanged.notify_all();
     }
@@ -773,6 +809,7 @@ private:
     std::mutex m_lock;
     std::condition_variable_any m_turnChanged;
     std::size_t m_turn = 0;
+    std::map<std::size_t, std::int64_t> m_predictions; // the number after each document, expected
     std::int64_t m_nextNumber = 0;
     std::exception_ptr m_error;
     std::vector<ProducedDocument> m_documents;
