@@ -1,11 +1,10 @@
 #include "cli/Produce.h"
 
 #include "cli/Errors.h"
-#include "cli/HumanOutput.h"
 #include "cli/Interrupts.h"
 #include "cli/ProgressBar.h"
 #include "cli/Session.h"
-#include "cli/Table.h"
+#include "cli/TerminalText.h"
 
 #include "ScrivlyKit/export/Formatting.h"
 #include "ScrivlyKit/production/Production.h"
@@ -14,6 +13,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <iostream>
 #include <tuple>
 #include <unistd.h>
@@ -192,25 +192,25 @@ void produce(const ProduceArguments& arguments, const Session& session, Interrup
         interrupts.forget(hidden);
     }
 
+    // One line per document, the title last since it may hold anything: file, labels, pages,
+    // messages, conversation.
     const std::string& locale = session.locale();
-    Table table({{"FILE"},
-                 {"CONVERSATION"},
-                 {"BATES"},
-                 {"PAGES", Table::Align::right},
-                 {"MESSAGES", Table::Align::right}});
+    std::size_t width = 0;
     for (const auto& document : report.documents) {
-        std::string conversation = document.conversation;
+        width = std::max(width, TerminalText::displayWidth(document.pdf.path));
+    }
+    for (const auto& document : report.documents) {
+        std::string conversation = TerminalText::cleaned(document.conversation, false);
         if (document.parts > 1) {
             conversation += " (part " + std::to_string(document.part) + " of " +
                             std::to_string(document.parts) + ")";
         }
-        table.add({document.pdf.path, conversation,
-                   ProductionRules::batesRange(document.pdf.beginBates, document.pdf.endBates),
-                   Formatting::integer(document.pdf.pages.value_or(0), locale),
-                   Formatting::integer(document.pdf.messages.value_or(0), locale)});
-    }
-    if (!table.empty()) {
-        table.print(std::cout, wantsStyle(STDOUT_FILENO));
+        std::cout << TerminalText::padded(document.pdf.path, width) << "  "
+                  << ProductionRules::batesRange(document.pdf.beginBates, document.pdf.endBates)
+                  << "  " << counted(document.pdf.pages.value_or(0), "page", "pages", locale)
+                  << "  "
+                  << counted(document.pdf.messages.value_or(0), "message", "messages", locale)
+                  << "  " << conversation << '\n';
     }
     std::string totals = "Produced " +
                          counted(static_cast<std::int64_t>(report.documents.size()), "document",

@@ -54,6 +54,8 @@ std::string kindText(ProducedFile::Kind kind) {
         return "certificate";
     case ProducedFile::Kind::loadFile:
         return "load file";
+    case ProducedFile::Kind::manifest:
+        return "manifest";
     }
     return "";
 }

@@ -49,7 +49,7 @@ public:
 
 // One file of a production.
 struct ProducedFile {
-    enum class Kind { pdf, csv, native, certificate, loadFile };
+    enum class Kind { pdf, csv, native, certificate, loadFile, manifest };
     Kind kind = Kind::pdf;
     std::string path; // inside the production's folder, "/" between folders
     std::string beginBates;

@@ -26,6 +26,8 @@ std::string kindName(ProducedFile::Kind kind) {
         return "certificate";
     case ProducedFile::Kind::loadFile:
         return "load file";
+    case ProducedFile::Kind::manifest:
+        return "manifest";
     }
     return "";
 }

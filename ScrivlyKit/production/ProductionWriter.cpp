@@ -964,7 +964,7 @@ ProductionReport writeProduction(const History& history, const Production& produ
         report.certificate.endBates = *options.batesLabel(certificate.pageCount);
 
         report.manifest =
-            writeListing(hidden.path(), "manifest.csv", ProducedFile::Kind::loadFile,
+            writeListing(hidden.path(), "manifest.csv", ProducedFile::Kind::manifest,
                          ProductionFiles::manifest(report, history.settings().timeZone));
         if (hooks.stop.stop_requested()) {
             throw PDFExport::Cancelled();

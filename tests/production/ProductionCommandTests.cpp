@@ -474,6 +474,19 @@ TEST_F(ProductionTest, PerDayDocumentsHoldOneDayEachInTheOrderGiven) {
     expectMessagesInOrder(sample(), "Maya Okafor", manifest, /*covers=*/false);
 }
 
+TEST_F(ProductionTest, ConversationsWithoutMessagesInTheDaysAreNamedEmpty) {
+    // Priya's two messages are older than the days chosen.
+    const auto outcome = produce(sample(), {out().string(), "Priya Raman", "Garden Club", "--from",
+                                            "2026-11-20", "--bates-prefix", "E-"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("Produced 1 document ("));
+    EXPECT_THAT(outcome.out, HasSubstr("1 empty conversation)"));
+    const auto manifest = checkProduction("E-", 1);
+    EXPECT_EQ(manifest.front().at("Conversation"), "Garden Club");
+    EXPECT_TRUE(std::regex_search(pdfPages(out() / "certificate.pdf").front(),
+                                  std::regex("Priya Raman \\([^)]+\\): empty")));
+}
+
 TEST_F(ProductionTest, LargeDocumentsAreSplitUnderTheLimit) {
     const auto history = benchHistory();
     if (!history) {
