@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <fstream>
 #include <functional>
+#include <ostream>
 #include <limits>
 #include <sstream>
 
@@ -106,6 +107,9 @@ struct HostileCase {
     const char* name;
     std::function<std::vector<std::string>(TestDatabase&)> fill;
 };
+
+// Test listings name the case, not the bytes of its function object.
+void PrintTo(const HostileCase& hostile, std::ostream* out) { *out << hostile.name; }
 
 std::vector<std::string> brokenText(TestDatabase& db) {
     // Ill-formed UTF-8 and NUL bytes, stored as text; the NUL must not end the text.
