@@ -501,9 +501,9 @@ private:
     // Where the document is expected to begin: after the expected end of the one before it.
     std::int64_t waitForPrediction(std::size_t index) {
         std::unique_lock lock(m_lock);
-        m_turnChanged.wait(lock, [&] {
-            return index == 0 || m_predictions.contains(index - 1) || m_stop.stop_requested();
-        });
+        // Woken by a stop as well, so that a waiting worker never outlives an interrupt.
+        m_turnChanged.wait(lock, m_stop.get_token(),
+                           [&] { return index == 0 || m_predictions.contains(index - 1); });
         if (m_stop.stop_requested()) {
             throw PDFExport::Cancelled();
         }
@@ -518,7 +518,7 @@ private:
 
     void waitForTurn(std::size_t index) {
         std::unique_lock lock(m_lock);
-        m_turnChanged.wait(lock, [&] { return m_turn == index || m_stop.stop_requested(); });
+        m_turnChanged.wait(lock, m_stop.get_token(), [&] { return m_turn == index; });
         if (m_stop.stop_requested()) {
             throw PDFExport::Cancelled();
         }
