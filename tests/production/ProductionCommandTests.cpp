@@ -474,6 +474,51 @@ TEST_F(ProductionTest, PerDayDocumentsHoldOneDayEachInTheOrderGiven) {
     expectMessagesInOrder(sample(), "Maya Okafor", manifest, /*covers=*/false);
 }
 
+TEST_F(ProductionTest, EncryptedBackupIsHashedAsStoredAndItsNativesDecrypted) {
+    const fs::path backups = m_temp.path() / "backups";
+    const std::string password = writeFile(m_temp.path() / "password", "secret\n");
+    ASSERT_EQ(runProgram({"sample", backups.string(), "--as-backup", "--password-file", password,
+                          "--fast-keys"})
+                  .status,
+              0);
+    const auto outcome =
+        runProgram({"--backup", backups.string(), "--password-file", password, "produce",
+                    out().string(), "Garden Club", "--bates-prefix", "B-", "--natives"},
+                   privateTemporary());
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const auto manifest = checkProduction("B-", 1);
+
+    // Every file of the backup that was read is named with the hash of its bytes as stored.
+    std::string certificate;
+    for (const auto& page : pdfPages(out() / "certificate.pdf")) {
+        certificate += page;
+    }
+    std::set<std::string> storedHashes;
+    for (const auto& entry : fs::recursive_directory_iterator(backups)) {
+        if (entry.is_regular_file()) {
+            storedHashes.insert(sha256sum(entry.path()));
+        }
+    }
+    const std::regex stored("SHA-256 ([0-9a-f]{64})\\n" + backups.string());
+    int files = 0;
+    for (std::sregex_iterator it(certificate.begin(), certificate.end(), stored), end; it != end;
+         ++it, ++files) {
+        EXPECT_TRUE(storedHashes.contains((*it)[1].str())) << (*it)[1];
+    }
+    EXPECT_GT(files, 0);
+    EXPECT_THAT(certificate, HasSubstr("sms.db (decrypted)"));
+
+    // The picture comes out decrypted: the very bytes of the sample's own.
+    const auto native = std::find_if(manifest.begin(), manifest.end(),
+                                     [](const auto& row) { return row.at("Kind") == "native"; });
+    ASSERT_NE(native, manifest.end());
+    for (const auto& entry : fs::recursive_directory_iterator(sample() / "home")) {
+        if (entry.path().filename() == "seedlings.png") {
+            EXPECT_EQ(readFile(out() / native->at("File")), readFile(entry.path()));
+        }
+    }
+}
+
 TEST_F(ProductionTest, ConversationsWithoutMessagesInTheDaysAreNamedEmpty) {
     // Priya's two messages are older than the days chosen.
     const auto outcome = produce(sample(), {out().string(), "Priya Raman", "Garden Club", "--from",
