@@ -4,6 +4,8 @@
 #include "ScrivlyKit/database/MessagesSource.h"
 #include "ScrivlyKit/database/PrivateCopy.h"
 
+#include <string_view>
+
 namespace scrivly {
 namespace {
 
@@ -35,8 +37,10 @@ void withDatabase(const MessagesReader& reader,
 
 MessagesReader MessagesReader::ofDatabase(const std::string& path, const std::string& home,
                                           std::optional<std::string> folder,
-                                          SourceDescription::Kind kind) {
-    return MessagesReader{std::make_shared<DatabaseFile>(path, home, kind), std::move(folder)};
+                                          SourceDescription::Kind kind,
+                                          std::optional<std::string> attachments) {
+    return MessagesReader{std::make_shared<DatabaseFile>(path, home, kind, std::move(attachments)),
+                          std::move(folder)};
 }
 
 std::vector<Chat> MessagesReader::chats() const {
@@ -63,8 +67,10 @@ std::string defaultDatabasePath(const std::string& home) {
     return home + "/Library/Messages/chat.db";
 }
 
-DatabaseFile::DatabaseFile(std::string path, std::string home, SourceDescription::Kind kind)
-    : m_path(std::move(path)), m_home(std::move(home)), m_kind(kind) {}
+DatabaseFile::DatabaseFile(std::string path, std::string home, SourceDescription::Kind kind,
+                           std::optional<std::string> attachments)
+    : m_path(std::move(path)), m_home(std::move(home)), m_kind(kind),
+      m_attachments(std::move(attachments)) {}
 
 SourceDescription DatabaseFile::description() const {
     SourceDescription description;
@@ -83,6 +89,11 @@ std::string DatabaseFile::copyInto(const std::string& into) const {
 
 std::optional<std::string>
 DatabaseFile::attachmentPath(const std::optional<std::string>& stored) const {
+    // The trailing slash keeps a sibling such as "Attachments2" out.
+    static constexpr std::string_view kStoredFolder = "~/Library/Messages/Attachments/";
+    if (m_attachments && stored && stored->starts_with(kStoredFolder)) {
+        return *m_attachments + '/' + stored->substr(kStoredFolder.size());
+    }
     return Attachment::expandedPath(stored, m_home);
 }
 

@@ -23,10 +23,12 @@ struct MessagesReader {
     std::shared_ptr<const MessagesSource> source;
     std::optional<std::string> folder; // the scratch folder for snapshots
 
-    // A reader of a Mac's database file, whose stored "~/" stands for home.
+    // A reader of a Mac's database file, whose stored "~/" stands for home (see DatabaseFile
+    // for attachments).
     static MessagesReader
     ofDatabase(const std::string& path, const std::string& home, std::optional<std::string> folder,
-               SourceDescription::Kind kind = SourceDescription::Kind::databaseFile);
+               SourceDescription::Kind kind = SourceDescription::Kind::databaseFile,
+               std::optional<std::string> attachments = std::nullopt);
 
     std::vector<Chat> chats() const;
     std::vector<Message> messages(const std::vector<std::int64_t>& chatIDs) const;

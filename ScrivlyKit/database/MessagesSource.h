@@ -37,11 +37,14 @@ public:
     }
 };
 
-// A Messages database file, as on a Mac: a stored "~/" stands for home.
+// A Messages database file, as on a Mac: a stored "~/" stands for home, except that a stored
+// "~/Library/Messages/Attachments/" stands for attachments when that is given (the Attachments
+// folder of a copied database, wherever the copy put it).
 class DatabaseFile final : public MessagesSource {
 public:
     DatabaseFile(std::string path, std::string home,
-                 SourceDescription::Kind kind = SourceDescription::Kind::databaseFile);
+                 SourceDescription::Kind kind = SourceDescription::Kind::databaseFile,
+                 std::optional<std::string> attachments = std::nullopt);
 
     const std::string& location() const override { return m_path; }
     SourceDescription description() const override;
@@ -55,6 +58,7 @@ private:
     std::string m_path;
     std::string m_home;
     SourceDescription::Kind m_kind;
+    std::optional<std::string> m_attachments;
 };
 
 } // namespace scrivly

@@ -47,6 +47,21 @@ std::optional<std::string> homeOfDatabase(const std::string& database) {
     return std::nullopt;
 }
 
+std::optional<std::string> attachmentsBeside(const std::string& database) {
+    const fs::path beside = fs::path(database).parent_path() / "Attachments";
+    std::error_code error;
+    if (fs::is_directory(beside, error)) {
+        return beside.string();
+    }
+    return std::nullopt;
+}
+
+std::string attachmentsIn(const std::string& chosen) {
+    const fs::path inside = fs::path(chosen) / "Library" / "Messages" / "Attachments";
+    std::error_code error;
+    return fs::is_directory(inside, error) ? inside.string() : chosen;
+}
+
 std::string snapshotFolder() {
     return (fs::path(FileSystem::userTemporaryFolder()) / "scrivly-snapshots").string();
 }

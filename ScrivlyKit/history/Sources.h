@@ -19,6 +19,12 @@ std::string userHome();
 // The folder above Library when the database lies at Library/Messages/chat.db, as it does in a
 // home folder or a copied one.
 std::optional<std::string> homeOfDatabase(const std::string& database);
+// The Attachments folder beside a database file, when there is one: where a chat.db copied
+// without its Library/Messages folders usually has it.
+std::optional<std::string> attachmentsBeside(const std::string& database);
+// The Attachments folder that a folder the user chose stands for: its Library/Messages/Attachments
+// when it has one (a home folder, or a copy of one), else the folder itself.
+std::string attachmentsIn(const std::string& chosen);
 // Where reads make their private copies: scrivly-snapshots in the per-user temporary folder.
 std::string snapshotFolder();
 

@@ -1,6 +1,7 @@
 #include "ScrivlyKit/database/ChatDatabase.h"
 #include "ScrivlyKit/database/DatabaseAccess.h"
 #include "ScrivlyKit/database/MessagesReader.h"
+#include "ScrivlyKit/database/MessagesSource.h"
 #include "ScrivlyKit/database/PrivateCopy.h"
 #include "tests/database/TestDatabase.h"
 #include "tests/support/Files.h"
@@ -132,6 +133,22 @@ TEST_F(MessagesReaderTest, SnapshotIsPrivateAndSelfContained) {
     EXPECT_EQ(permissions(into), fs::perms::owner_all);
     EXPECT_EQ(testing::folderEntries(into), std::vector<std::string>{"chat.db"});
     EXPECT_EQ(permissions(into + "/chat.db"), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST(DatabaseFile, AttachmentsFolderStandsForTheStoredAttachmentsFolderOnly) {
+    const DatabaseFile plain("/copy/chat.db", "/home/x");
+    const DatabaseFile copied("/copy/chat.db", "/home/x", SourceDescription::Kind::databaseFile,
+                              "/copy/Attachments");
+    const std::string photo = "~/Library/Messages/Attachments/ab/12/G/IMG.HEIC";
+    EXPECT_EQ(plain.attachmentPath(photo), "/home/x/Library/Messages/Attachments/ab/12/G/IMG.HEIC");
+    EXPECT_EQ(copied.attachmentPath(photo), "/copy/Attachments/ab/12/G/IMG.HEIC");
+    // Anything else under "~/" still belongs to the home; absolute names stay as they are.
+    EXPECT_EQ(copied.attachmentPath("~/Library/Messages/Attachments2/a.jpg"),
+              "/home/x/Library/Messages/Attachments2/a.jpg");
+    EXPECT_EQ(copied.attachmentPath("~/Library/Messages/StickerCache/s.png"),
+              "/home/x/Library/Messages/StickerCache/s.png");
+    EXPECT_EQ(copied.attachmentPath("/var/tmp/a.jpg"), "/var/tmp/a.jpg");
+    EXPECT_EQ(copied.attachmentPath(std::nullopt), std::nullopt);
 }
 
 TEST(DatabaseAccess, ProbeAnswers) {
