@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QEvent>
 #include <QFile>
+#include <QFileInfo>
 #include <QPointer>
 #include <QSettings>
 #include <QTimeZone>
@@ -78,6 +79,7 @@ AppModel::AppModel(Platform& platform, QSettings& store, QObject* parent)
         m_source = DatabaseSource::file;
         m_filePath = remembered;
     }
+    m_export.setSource(describedSource());
     m_contacts = contactsAccess(platform.contactsAuthorization());
     if (!m_settings.onboardingDone) {
         m_sheet = Sheet::welcome;
@@ -284,7 +286,21 @@ void AppModel::openDatabaseFile(const QString& path) {
     m_store.remove(QLatin1String(kDatabasePathKey));
     m_store.remove(QLatin1String(kBackupPathKey));
     m_store.sync();
-    switchSource(DatabaseSource::file, path);
+    // Absolute, as the cover names it and as its attachments folder is remembered by.
+    switchSource(DatabaseSource::file, QDir::cleanPath(QFileInfo(path).absoluteFilePath()));
+}
+
+void AppModel::chooseAttachmentsFolder(const QString& folder) {
+    if (m_source != DatabaseSource::file || folder.isEmpty()) {
+        return;
+    }
+    const QString attachments =
+        QFile::decodeName(Sources::attachmentsIn(fileName(QDir::cleanPath(folder))).c_str());
+    changeSettings(
+        [&](AppSettings& settings) { settings.attachmentFolders.insert(m_filePath, attachments); });
+    // Nothing drawn without the pictures may be reused.
+    m_export.discardRendering();
+    checkAccess();
 }
 
 void AppModel::openBackup(Sources::Backup backup) {
@@ -313,9 +329,7 @@ void AppModel::switchSource(DatabaseSource source, const QString& path) {
     if (source != DatabaseSource::backup) {
         m_backup.reset();
     }
-    SourceDescription described;
-    described.kind = SourceDescription::Kind::userHistory;
-    m_export.setSource(m_backup ? m_backup->reader.source->description() : described);
+    m_export.setSource(describedSource());
     emit databaseSourceChanged();
     // Nothing read from the previous history may show or be reused for the new one.
     m_export.discardRendering();
@@ -338,13 +352,32 @@ MessagesReader AppModel::readerForSource() const {
     }
     const std::string home = fileName(m_platform.homePath());
     if (m_source == DatabaseSource::file) {
+        const std::string database = fileName(m_filePath);
         const auto fileHome = Sources::homeOfDatabase(fileName(QDir::cleanPath(m_filePath)));
-        return MessagesReader::ofDatabase(fileName(m_filePath), fileHome.value_or(home),
+        // The user's choice first; a copy outside a home's Library/Messages usually has its
+        // Attachments folder beside it.
+        std::optional<std::string> attachments;
+        if (const QString chosen = m_settings.attachmentFolders.value(m_filePath);
+            !chosen.isEmpty()) {
+            attachments = fileName(chosen);
+        } else if (!fileHome) {
+            attachments = Sources::attachmentsBeside(database);
+        }
+        return MessagesReader::ofDatabase(database, fileHome.value_or(home),
                                           fileName(snapshotFolder()),
-                                          SourceDescription::Kind::databaseFile);
+                                          SourceDescription::Kind::databaseFile, attachments);
     }
     return MessagesReader::ofDatabase(defaultDatabasePath(home), home, fileName(snapshotFolder()),
                                       SourceDescription::Kind::userHistory);
+}
+
+SourceDescription AppModel::describedSource() const {
+    if (m_source == DatabaseSource::sample) {
+        SourceDescription sample;
+        sample.kind = SourceDescription::Kind::sample;
+        return sample;
+    }
+    return readerForSource().source->description();
 }
 
 // MARK: start-up and loading

@@ -134,6 +134,12 @@ public:
     // later launches (a file that fails to open is forgotten); its home
     // folder is the one above Library when the path ends in Library/Messages/chat.db.
     void openDatabaseFile(const QString& path);
+    // Where the chosen database file's attachments are, for a copy that doesn't lie in a home's
+    // Library/Messages: folder holds Library/Messages/Attachments, or is the Attachments folder
+    // itself. Remembered with the database (see AppSettings) and read again at once; without a
+    // chosen file, does nothing. Otherwise such a copy's attachments are looked for in an
+    // Attachments folder beside it.
+    void chooseAttachmentsFolder(const QString& folder);
     // Reads the made-up sample history (written once into a private temporary folder).
     void openSample();
     // Reads an opened iPhone backup from now on, with its phone's names, and remembers its
@@ -209,6 +215,8 @@ private:
     QString snapshotFolder() const;
     ExportFlow::Subject exportSubject() const;
     MessagesReader readerForSource() const;
+    // What the documents say was read.
+    SourceDescription describedSource() const;
     void removeLeftoverSnapshots();
     void checkAccess();
     void load();

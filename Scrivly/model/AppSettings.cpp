@@ -27,8 +27,8 @@ bool decodeFlag(const QJsonValue& value, bool& flag) {
     return true;
 }
 
-// The five coding keys, in their order.
-const std::array<Field, 5> kFields{{
+// The coding keys, in their order.
+const std::array<Field, 6> kFields{{
     {"onboardingDone", [](const AppSettings& s) { return QJsonValue(s.onboardingDone); },
      [](const QJsonValue& v, AppSettings& s) { return decodeFlag(v, s.onboardingDone); }},
     {"myName", [](const AppSettings& s) { return QJsonValue(s.myName); },
@@ -53,6 +53,27 @@ const std::array<Field, 5> kFields{{
      [](const QJsonValue& v, AppSettings& s) { return decodeFlag(v, s.coverPage); }},
     {"includeImages", [](const AppSettings& s) { return QJsonValue(s.includeImages); },
      [](const QJsonValue& v, AppSettings& s) { return decodeFlag(v, s.includeImages); }},
+    {"attachmentFolders",
+     [](const AppSettings& s) {
+         QJsonObject folders;
+         for (auto entry = s.attachmentFolders.begin(); entry != s.attachmentFolders.end();
+              ++entry) {
+             folders.insert(entry.key(), entry.value());
+         }
+         return QJsonValue(folders);
+     },
+     [](const QJsonValue& v, AppSettings& s) {
+         if (!v.isObject()) {
+             return false;
+         }
+         const QJsonObject folders = v.toObject();
+         for (auto entry = folders.begin(); entry != folders.end(); ++entry) {
+             if (entry.value().isString()) {
+                 s.attachmentFolders.insert(entry.key(), entry.value().toString());
+             }
+         }
+         return true;
+     }},
 }};
 
 } // namespace

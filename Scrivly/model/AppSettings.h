@@ -3,6 +3,7 @@
 #include "ScrivlyKit/export/PaperSize.h"
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 
 class QSettings;
@@ -17,6 +18,8 @@ struct AppSettings {
     PaperSize paper = PaperSize::letter;
     bool coverPage = true;
     bool includeImages = true;
+    // The Attachments folder the user chose for a database file, by the file's absolute path.
+    QMap<QString, QString> attachmentFolders;
 
     // The key under which the JSON document is stored.
     static constexpr const char* kStoreKey = "settings";

@@ -1,5 +1,6 @@
 #include "Scrivly/model/ExportFlow.h"
 
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/model/Tasks.h"
 #include "ScrivlyKit/text/Unicode.h"
 
@@ -88,7 +89,7 @@ void ExportFlow::retranslate() {
         }
         return kind.emoji; // an emoji reaction names itself, in every language
     };
-    const QString missing = tr("Attachment not on this Mac: %1");
+    const QString missing = PlatformTexts::attachmentMissing();
     strings.attachmentMissing = [missing](const std::string& name) {
         return missing.arg(QString::fromStdString(name)).toStdString();
     };
@@ -112,29 +113,49 @@ void ExportFlow::retranslate() {
 }
 
 QString ExportFlow::sourceText() const {
-    if (m_source.kind != SourceDescription::Kind::backup) {
-        return tr("The Messages history on this Mac, read by Scrivly. Scrivly lays the messages "
-                  "out; it doesn’t change their wording.");
+    using Kind = SourceDescription::Kind;
+    if (m_source.kind == Kind::userHistory) {
+        if (const auto own = PlatformTexts::ownHistorySource()) {
+            return *own;
+        }
     }
-    QString backup =
-        tr("The iPhone backup of “%1”").arg(QString::fromStdString(m_source.deviceName));
-    if (!m_source.productVersion.empty()) {
-        backup +=
-            QLatin1Char(' ') + tr("(iOS %1)").arg(QString::fromStdString(m_source.productVersion));
+    QString read;
+    switch (m_source.kind) {
+    case Kind::userHistory:
+    case Kind::databaseFile: {
+        // Named as the command line names it: the file, then its folder.
+        const QString path = QFile::decodeName(m_source.path.c_str());
+        const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+        read = slash < 0 ? tr("The Messages database %1").arg(path)
+                         : tr("The Messages database %1 in %2")
+                               .arg(path.mid(slash + 1),
+                                    slash == 0 ? QStringLiteral("/") : path.left(slash));
+        break;
     }
-    if (m_source.backupDate) {
-        // In UTC, as the backup's own record has it, so the line reads the same everywhere.
-        const auto milliseconds =
-            static_cast<qint64>(std::llround(m_source.backupDate->unixSeconds() * 1000.0));
-        const QDateTime made = QDateTime::fromMSecsSinceEpoch(milliseconds, QTimeZone::utc());
-        const QLocale locale;
-        backup += tr(", made %1 UTC")
-                      .arg(locale.toString(made.date(), QLocale::LongFormat) + QLatin1Char(' ') +
-                           locale.toString(made.time(), QLocale::ShortFormat));
+    case Kind::sample:
+        read = tr("The demonstration history");
+        break;
+    case Kind::backup:
+        read = tr("The iPhone backup of “%1”").arg(QString::fromStdString(m_source.deviceName));
+        if (!m_source.productVersion.empty()) {
+            read += QLatin1Char(' ') +
+                    tr("(iOS %1)").arg(QString::fromStdString(m_source.productVersion));
+        }
+        if (m_source.backupDate) {
+            // In UTC, as the backup's own record has it, so the line reads the same everywhere.
+            const auto milliseconds =
+                static_cast<qint64>(std::llround(m_source.backupDate->unixSeconds() * 1000.0));
+            const QDateTime made = QDateTime::fromMSecsSinceEpoch(milliseconds, QTimeZone::utc());
+            const QLocale locale;
+            read += tr(", made %1 UTC")
+                        .arg(locale.toString(made.date(), QLocale::LongFormat) + QLatin1Char(' ') +
+                             locale.toString(made.time(), QLocale::ShortFormat));
+        }
+        break;
     }
     return tr("%1, read by Scrivly. Scrivly lays the messages out; it doesn’t change their "
               "wording.")
-        .arg(backup);
+        .arg(read);
 }
 
 void ExportFlow::setSource(const SourceDescription& source) {

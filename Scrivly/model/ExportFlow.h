@@ -71,8 +71,9 @@ public:
     void retranslate();
     // The name of the user's own messages.
     void setMe(const std::string& me);
-    // What the cover's "Source" line names: an iPhone backup by its device, iOS version and
-    // date; any other history as the user's own.
+    // What the cover's "Source" line names: a database file by its name and folder (on a Mac,
+    // the user's own history as such), the demonstration history, an iPhone backup by its
+    // device, iOS version and date.
     void setSource(const SourceDescription& source);
 
     ExportOptions options(const Subject& subject) const;

@@ -1,5 +1,6 @@
 #include "Scrivly/screens/AboutPanel.h"
 
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/AppConfig.h"
 #include "Scrivly/screens/Symbols.h"
 
@@ -34,9 +35,8 @@ AboutPanel::AboutPanel(QWidget* parent) : QDialog(parent) {
     const QString address = QLatin1String(AppConfig::kSupportAddress);
     for (const QString& text :
          {tr("Export Messages conversations to clean, dated PDFs").toHtmlEscaped(),
-          tr("Your messages stay on this Mac. Questions: %1")
-              .toHtmlEscaped()
-              .arg(QStringLiteral("<a href=\"mailto:%1\">%1</a>").arg(address))}) {
+          PlatformTexts::aboutPrivacy().toHtmlEscaped().arg(
+              QStringLiteral("<a href=\"mailto:%1\">%1</a>").arg(address))}) {
         auto* line = new QLabel(text, this);
         line->setWordWrap(true);
         line->setAlignment(Qt::AlignCenter);

@@ -1,6 +1,7 @@
 #include "Scrivly/screens/AccessView.h"
 
 #include "Scrivly/model/AppModel.h"
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/Symbols.h"
 
 #include <QFrame>
@@ -76,7 +77,7 @@ AccessView::AccessView(AppModel& model, QWidget* parent) : QWidget(parent) {
         {tr("Turn on Scrivly"),
          tr("Find Scrivly in the list and turn its switch on. If it isn’t listed, click + and "
             "choose Scrivly, or drag it into the list from Finder."),
-         tr("Show Scrivly in Finder"), [&model] { model.revealApplication(); }},
+         PlatformTexts::showApplication(), [&model] { model.revealApplication(); }},
         {tr("Come back here"),
          tr("Scrivly checks again by itself when you return. If macOS offers to quit and reopen "
             "Scrivly, choose Quit & Reopen."),
@@ -119,7 +120,7 @@ AccessView::AccessView(AppModel& model, QWidget* parent) : QWidget(parent) {
     const QString reassurances[] = {
         tr("Scrivly reads a copy of the Messages database and never changes, moves or deletes "
            "your messages."),
-        tr("Everything stays on this Mac. Your messages are never uploaded or sent anywhere."),
+        PlatformTexts::accessPrivacy(),
         tr("You can turn access off again any time in the same place."),
     };
     const int iconSize = title->fontMetrics().height();

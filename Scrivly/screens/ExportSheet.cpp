@@ -1,6 +1,7 @@
 #include "Scrivly/screens/ExportSheet.h"
 
 #include "Scrivly/model/AppModel.h"
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/Symbols.h"
 
 #include <QBoxLayout>
@@ -30,7 +31,7 @@ SavedLine::SavedLine(AppModel& model, QWidget* parent)
     layout->addWidget(icon);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_text, 1);
-    auto* reveal = new QPushButton(tr("Show in Finder"), this);
+    auto* reveal = new QPushButton(PlatformTexts::showInFolder(), this);
     layout->addWidget(reveal);
     connect(reveal, &QPushButton::clicked, &model, &AppModel::showInFinder);
     connect(&model, &AppModel::lastExportChanged, this, &SavedLine::update);

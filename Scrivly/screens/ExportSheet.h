@@ -16,7 +16,7 @@ namespace scrivly {
 class AppModel;
 
 // The line shown after a save: a check mark, "Saved " and the file's name, and "Show in
-// Finder". Hidden until something was saved.
+// Folder" ("Show in Finder" on a Mac). Hidden until something was saved.
 class SavedLine : public QWidget {
     Q_OBJECT
 

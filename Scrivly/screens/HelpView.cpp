@@ -1,5 +1,6 @@
 #include "Scrivly/screens/HelpView.h"
 
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/AppConfig.h"
 #include "Scrivly/screens/Symbols.h"
 
@@ -31,9 +32,7 @@ std::vector<Topic> HelpView::topics() {
         {QStringLiteral("start"),
          tr("Getting started"),
          QStringLiteral("play.circle"),
-         {tr("The first time, Scrivly asks for Full Disk Access: macOS keeps Messages private "
-             "until you allow an app. Choose Open Full Disk Access Settings, turn Scrivly on, and "
-             "come back. If macOS offers to quit and reopen Scrivly, choose Quit & Reopen."),
+         {PlatformTexts::helpGettingStarted(),
           tr("Choose Use Contacts so phone numbers and emails show as names. Without it, exports "
              "show the numbers."),
           tr("Pick a person or group on the left. One person’s iMessage and text-message (SMS) "
@@ -58,12 +57,7 @@ std::vector<Topic> HelpView::topics() {
         {QStringLiteral("missing"),
          tr("Missing messages or photos"),
          QStringLiteral("questionmark.circle"),
-         {tr("Scrivly reads the Messages history on this Mac. If a conversation or older messages "
-             "are missing, turn on Messages in iCloud (Messages › Settings › iMessage) and let it "
-             "download, then choose File › Reload Messages (%1).")
-              .arg(reloadKeys),
-          tr("Photos that Messages keeps only in iCloud show as “not on this Mac”. Open the "
-             "conversation in Messages to download them, then reload."),
+         {PlatformTexts::helpMissingMessages().arg(reloadKeys), PlatformTexts::helpMissingPhotos(),
           tr("Unsent messages aren’t included: Messages doesn’t keep their words.")}},
         {QStringLiteral("privacy"),
          tr("Your data and privacy"),

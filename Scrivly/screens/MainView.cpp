@@ -1,6 +1,7 @@
 #include "Scrivly/screens/MainView.h"
 
 #include "Scrivly/model/AppModel.h"
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/ConversationList.h"
 #include "Scrivly/screens/StatusView.h"
 #include "Scrivly/screens/Symbols.h"
@@ -100,7 +101,7 @@ MainView::MainView(AppModel& model, QWidget* parent)
     m_search->installEventFilter(new SearchKeys(m_list, this));
     m_noConversations->setCompact(true);
     m_noConversations->setTitle(tr("No Conversations"));
-    m_noConversations->setText(tr("Messages on this Mac has no conversations yet."));
+    m_noConversations->setText(PlatformTexts::noConversations());
     m_listStack->addWidget(m_list);
     m_listStack->addWidget(m_noConversations);
     auto* rule = new QFrame(this);

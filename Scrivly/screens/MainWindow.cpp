@@ -1,5 +1,6 @@
 #include "Scrivly/screens/MainWindow.h"
 
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/AboutPanel.h"
 #include "Scrivly/screens/AccessView.h"
 #include "Scrivly/screens/AppConfig.h"
@@ -51,10 +52,8 @@ MainWindow::MainWindow(AppModel& model, Updater& updater, QWidget* parent)
     resize(1000, 660);
     setMinimumSize(720, 460);
 
-    m_noHistory->setTitle(tr("No Messages history on this Mac"));
-    m_noHistory->setText(tr("Open Messages and sign in, or turn on Messages in iCloud (Messages › "
-                            "Settings › iMessage) so your conversations download to this Mac. "
-                            "Then check again."));
+    m_noHistory->setTitle(PlatformTexts::noHistoryTitle());
+    m_noHistory->setText(PlatformTexts::noHistoryText());
     connect(m_noHistory->addButton(tr("Check Again")), &QPushButton::clicked, &model,
             &AppModel::reload);
 #ifndef Q_OS_MACOS
@@ -101,12 +100,20 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::buildMenus() {
-    QMenu* file = menuBar()->addMenu(tr("&File"));
+    QMenu* file = menuBar()->addMenu(PlatformTexts::fileMenu());
 #ifndef Q_OS_MACOS
     QAction* open = file->addAction(tr("Open Messages Database…"), this, &MainWindow::openDatabase);
     open->setShortcut(QKeySequence::Open);
 #endif
     file->addAction(tr("Open iPhone Backup…"), this, &MainWindow::openBackup);
+    // A copied database keeps its photos wherever the copy put them.
+    m_chooseAttachments = file->addAction(tr("Choose Attachments Folder…"), this,
+                                          &MainWindow::chooseAttachmentsFolder);
+    const auto chosenFileOnly = [this] {
+        m_chooseAttachments->setEnabled(m_model.databaseSource() == AppModel::DatabaseSource::file);
+    };
+    connect(&m_model, &AppModel::databaseSourceChanged, this, chosenFileOnly);
+    chosenFileOnly();
     file->addSeparator();
     m_export = file->addAction(Symbols::icon(QStringLiteral("square.and.arrow.up")), tr("Export…"),
                                &m_model, &AppModel::showExport);
@@ -331,6 +338,16 @@ void MainWindow::openDatabase() {
             tr("All files (*)"));
     if (!path.isEmpty()) {
         m_model.openDatabaseFile(path);
+    }
+}
+
+void MainWindow::chooseAttachmentsFolder() {
+    const QString folder = QFileDialog::getExistingDirectory(
+        QApplication::activeWindow() ? QApplication::activeWindow() : this,
+        tr("Choose the folder that holds Library/Messages/Attachments, or the Attachments folder"),
+        QDir::homePath());
+    if (!folder.isEmpty()) {
+        m_model.chooseAttachmentsFolder(folder);
     }
 }
 

@@ -53,6 +53,7 @@ public:
     QAction* previewAction() const { return m_preview; }
     QAction* exportCSVAction() const { return m_exportCSV; }
     QAction* reloadAction() const { return m_reload; }
+    QAction* chooseAttachmentsAction() const { return m_chooseAttachments; }
     bool settled() const { return m_settled; }
 
 public slots:
@@ -63,6 +64,8 @@ public slots:
     void openDatabase();
     // Asks for a backup's folder, then opens it (see BackupOpener).
     void openBackup();
+    // For a chosen database file whose attachments aren't where its home would have them.
+    void chooseAttachmentsFolder();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -93,6 +96,7 @@ private:
     QAction* m_preview = nullptr;
     QAction* m_exportCSV = nullptr;
     QAction* m_reload = nullptr;
+    QAction* m_chooseAttachments = nullptr;
 
     QPointer<HelpView> m_help;
     QPointer<SettingsView> m_settings;

@@ -1,5 +1,6 @@
 #include "Scrivly/screens/TranscriptModel.h"
 
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/Symbols.h"
 #include "ScrivlyKit/export/ImageConverter.h"
 #include "ScrivlyKit/export/Presentation.h"
@@ -202,7 +203,7 @@ QVariant TranscriptModel::data(const QModelIndex& index, int role) const {
             lines.append(tr("Photo: %1").arg(attachment.name));
             break;
         case Shown::Kind::missing:
-            lines.append(tr("Not on this Mac: %1").arg(attachment.name));
+            lines.append(PlatformTexts::attachmentMissingShort().arg(attachment.name));
             break;
         case Shown::Kind::file:
             lines.append(attachment.name);
@@ -406,7 +407,7 @@ void TranscriptDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
                 symbol = QStringLiteral("photo");
             }
         } else if (attachment.kind == TranscriptModel::Shown::Kind::missing) {
-            label = tr("Not on this Mac: %1").arg(attachment.name);
+            label = PlatformTexts::attachmentMissingShort().arg(attachment.name);
             symbol = QStringLiteral("icloud.and.arrow.down");
         } else {
             label = attachment.name;

@@ -1,6 +1,7 @@
 #include "Scrivly/screens/WelcomeView.h"
 
 #include "Scrivly/model/AppModel.h"
+#include "Scrivly/model/PlatformTexts.h"
 #include "Scrivly/screens/Symbols.h"
 
 #include <QBoxLayout>
@@ -48,9 +49,7 @@ WelcomeView::WelcomeView(AppModel& model, std::function<void()> help, QWidget* p
         QString line;
     };
     const Feature features[] = {
-        {"lock.shield", tr("Private by design"),
-         tr("Scrivly reads a copy of your Messages history on this Mac. Nothing is uploaded, and "
-            "your messages are never changed.")},
+        {"lock.shield", tr("Private by design"), PlatformTexts::welcomePrivacy()},
         {"person.2", tr("Pick a person or group"),
          tr("Search by name or number, set a date range, and see exactly what will be "
             "exported.")},

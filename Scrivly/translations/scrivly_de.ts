@@ -19,11 +19,6 @@
         <translation>Nachrichten-Verläufe als saubere, datierte PDFs exportieren</translation>
     </message>
     <message>
-        <location filename="../screens/AboutPanel.cpp" line="37"/>
-        <source>Your messages stay on this Mac. Questions: %1</source>
-        <translation>Deine Nachrichten bleiben auf diesem Mac. Fragen: %1</translation>
-    </message>
-    <message>
         <location filename="../screens/AboutPanel.cpp" line="48"/>
         <source>OK</source>
         <translation>OK</translation>
@@ -67,11 +62,6 @@
         <translation>Suche Scrivly in der Liste und schalte es ein. Fehlt es, klicke auf + und wähle Scrivly, oder ziehe es aus dem Finder in die Liste.</translation>
     </message>
     <message>
-        <location filename="../screens/AccessView.cpp" line="79"/>
-        <source>Show Scrivly in Finder</source>
-        <translation>Scrivly im Finder zeigen</translation>
-    </message>
-    <message>
         <location filename="../screens/AccessView.cpp" line="80"/>
         <source>Come back here</source>
         <translation>Hierher zurückkommen</translation>
@@ -91,11 +81,6 @@
         <location filename="../screens/AccessView.cpp" line="120"/>
         <source>Scrivly reads a copy of the Messages database and never changes, moves or deletes your messages.</source>
         <translation>Scrivly liest eine Kopie der Nachrichten-Datenbank und ändert, verschiebt oder löscht deine Nachrichten nie.</translation>
-    </message>
-    <message>
-        <location filename="../screens/AccessView.cpp" line="122"/>
-        <source>Everything stays on this Mac. Your messages are never uploaded or sent anywhere.</source>
-        <translation>Alles bleibt auf diesem Mac. Deine Nachrichten werden nie hochgeladen oder irgendwohin gesendet.</translation>
     </message>
     <message>
         <location filename="../screens/AccessView.cpp" line="123"/>
@@ -327,11 +312,6 @@
         <translation>Quelle</translation>
     </message>
     <message>
-        <location filename="../model/ExportFlow.cpp" line="64"/>
-        <source>The Messages history on this Mac, read by Scrivly. Scrivly lays the messages out; it doesn’t change their wording.</source>
-        <translation>Der Nachrichten-Verlauf auf diesem Mac, gelesen von Scrivly. Scrivly setzt die Nachrichten nur; ihren Wortlaut ändert es nicht.</translation>
-    </message>
-    <message>
         <location filename="../model/ExportFlow.cpp" line="67"/>
         <source>Included: %1</source>
         <translation>Enthalten: %1</translation>
@@ -371,11 +351,6 @@
         <location filename="../model/ExportFlow.cpp" line="79"/>
         <source>Questioned</source>
         <translation>Fragend</translation>
-    </message>
-    <message>
-        <location filename="../model/ExportFlow.cpp" line="89"/>
-        <source>Attachment not on this Mac: %1</source>
-        <translation>Anhang nicht auf diesem Mac: %1</translation>
     </message>
     <message>
         <location filename="../model/ExportFlow.cpp" line="93"/>
@@ -443,6 +418,18 @@
     <message>
         <source>%1, read by Scrivly. Scrivly lays the messages out; it doesn’t change their wording.</source>
         <translation>%1, gelesen von Scrivly. Scrivly ordnet die Nachrichten nur an; ihren Wortlaut ändert es nicht.</translation>
+    </message>
+    <message>
+        <source>The Messages database %1</source>
+        <translation>Die Nachrichten-Datenbank %1</translation>
+    </message>
+    <message>
+        <source>The Messages database %1 in %2</source>
+        <translation>Die Nachrichten-Datenbank %1 in %2</translation>
+    </message>
+    <message>
+        <source>The demonstration history</source>
+        <translation>Der Beispielverlauf</translation>
     </message>
 </context>
 <context>
@@ -572,11 +559,6 @@
         <translation>Erste Schritte</translation>
     </message>
     <message>
-        <location filename="../screens/HelpView.cpp" line="32"/>
-        <source>The first time, Scrivly asks for Full Disk Access: macOS keeps Messages private until you allow an app. Choose Open Full Disk Access Settings, turn Scrivly on, and come back. If macOS offers to quit and reopen Scrivly, choose Quit &amp; Reopen.</source>
-        <translation>Beim ersten Start bittet Scrivly um Festplattenvollzugriff: macOS hält Nachrichten privat, bis du einer App den Zugriff erlaubst. Wähle „Einstellungen für Festplattenvollzugriff öffnen“, schalte Scrivly ein und komm zurück. Bietet macOS an, Scrivly zu beenden und neu zu öffnen, wähle „Beenden &amp; erneut öffnen“.</translation>
-    </message>
-    <message>
         <location filename="../screens/HelpView.cpp" line="35"/>
         <source>Choose Use Contacts so phone numbers and emails show as names. Without it, exports show the numbers.</source>
         <translation>Wähle „Kontakte verwenden“, damit Telefonnummern und E-Mail-Adressen als Namen erscheinen. Ohne das zeigen Exporte die Nummern.</translation>
@@ -620,16 +602,6 @@
         <location filename="../screens/HelpView.cpp" line="57"/>
         <source>Missing messages or photos</source>
         <translation>Fehlende Nachrichten oder Fotos</translation>
-    </message>
-    <message>
-        <location filename="../screens/HelpView.cpp" line="59"/>
-        <source>Scrivly reads the Messages history on this Mac. If a conversation or older messages are missing, turn on Messages in iCloud (Messages › Settings › iMessage) and let it download, then choose File › Reload Messages (%1).</source>
-        <translation>Scrivly liest den Nachrichten-Verlauf auf diesem Mac. Fehlen eine Unterhaltung oder ältere Nachrichten, schalte „Nachrichten in iCloud“ ein (Nachrichten › Einstellungen › iMessage), lass alles laden und wähle dann Ablage › Nachrichten neu laden (%1).</translation>
-    </message>
-    <message>
-        <location filename="../screens/HelpView.cpp" line="63"/>
-        <source>Photos that Messages keeps only in iCloud show as “not on this Mac”. Open the conversation in Messages to download them, then reload.</source>
-        <translation>Fotos, die Nachrichten nur in iCloud aufbewahrt, erscheinen als „nicht auf diesem Mac“. Öffne die Unterhaltung in Nachrichten, um sie zu laden, und lade dann neu.</translation>
     </message>
     <message>
         <location filename="../screens/HelpView.cpp" line="65"/>
@@ -727,11 +699,6 @@
         <translation>Keine Unterhaltungen</translation>
     </message>
     <message>
-        <location filename="../screens/MainView.cpp" line="103"/>
-        <source>Messages on this Mac has no conversations yet.</source>
-        <translation>Nachrichten auf diesem Mac hat noch keine Unterhaltungen.</translation>
-    </message>
-    <message>
         <location filename="../screens/MainView.cpp" line="210"/>
         <source>Show names instead of numbers.</source>
         <translation>Namen statt Nummern zeigen.</translation>
@@ -754,16 +721,6 @@
 </context>
 <context>
     <name>scrivly::MainWindow</name>
-    <message>
-        <location filename="../screens/MainWindow.cpp" line="45"/>
-        <source>No Messages history on this Mac</source>
-        <translation>Kein Nachrichten-Verlauf auf diesem Mac</translation>
-    </message>
-    <message>
-        <location filename="../screens/MainWindow.cpp" line="46"/>
-        <source>Open Messages and sign in, or turn on Messages in iCloud (Messages › Settings › iMessage) so your conversations download to this Mac. Then check again.</source>
-        <translation>Öffne Nachrichten und melde dich an, oder schalte „Nachrichten in iCloud“ ein (Nachrichten › Einstellungen › iMessage), damit deine Unterhaltungen auf diesen Mac geladen werden. Prüfe dann erneut.</translation>
-    </message>
     <message>
         <location filename="../screens/MainWindow.cpp" line="49"/>
         <source>Check Again</source>
@@ -793,11 +750,6 @@
         <location filename="../screens/MainWindow.cpp" line="61"/>
         <source>Try Again</source>
         <translation>Erneut versuchen</translation>
-    </message>
-    <message>
-        <location filename="../screens/MainWindow.cpp" line="85"/>
-        <source>&amp;File</source>
-        <translation>&amp;Ablage</translation>
     </message>
     <message>
         <location filename="../screens/MainWindow.cpp" line="87"/>
@@ -959,6 +911,14 @@
         <source>Open an iPhone Backup</source>
         <translation>Ein iPhone-Backup öffnen</translation>
     </message>
+    <message>
+        <source>Choose Attachments Folder…</source>
+        <translation>Anhänge-Ordner auswählen …</translation>
+    </message>
+    <message>
+        <source>Choose the folder that holds Library/Messages/Attachments, or the Attachments folder</source>
+        <translation>Wähle den Ordner, der Library/Messages/Attachments enthält, oder den Ordner „Attachments“ selbst</translation>
+    </message>
 </context>
 <context>
     <name>scrivly::PasswordSheet</name>
@@ -996,6 +956,127 @@
     </message>
 </context>
 <context>
+    <name>scrivly::PlatformTexts</name>
+    <message>
+        <source>The Messages history on this Mac, read by Scrivly. Scrivly lays the messages out; it doesn’t change their wording.</source>
+        <translation>Der Nachrichten-Verlauf auf diesem Mac, gelesen von Scrivly. Scrivly setzt die Nachrichten nur; ihren Wortlaut ändert es nicht.</translation>
+    </message>
+    <message>
+        <source>Attachment not on this Mac: %1</source>
+        <translation>Anhang nicht auf diesem Mac: %1</translation>
+    </message>
+    <message>
+        <source>Not on this Mac: %1</source>
+        <translation>Nicht auf diesem Mac: %1</translation>
+    </message>
+    <message>
+        <source>Show in Finder</source>
+        <translation>Im Finder zeigen</translation>
+    </message>
+    <message>
+        <source>Show Scrivly in Finder</source>
+        <translation>Scrivly im Finder zeigen</translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <comment>the macOS menu</comment>
+        <translation>&amp;Ablage</translation>
+    </message>
+    <message>
+        <source>No Messages history on this Mac</source>
+        <translation>Kein Nachrichten-Verlauf auf diesem Mac</translation>
+    </message>
+    <message>
+        <source>Open Messages and sign in, or turn on Messages in iCloud (Messages › Settings › iMessage) so your conversations download to this Mac. Then check again.</source>
+        <translation>Öffne Nachrichten und melde dich an, oder schalte „Nachrichten in iCloud“ ein (Nachrichten › Einstellungen › iMessage), damit deine Unterhaltungen auf diesen Mac geladen werden. Prüfe dann erneut.</translation>
+    </message>
+    <message>
+        <source>Messages on this Mac has no conversations yet.</source>
+        <translation>Nachrichten auf diesem Mac hat noch keine Unterhaltungen.</translation>
+    </message>
+    <message>
+        <source>Scrivly reads a copy of your Messages history on this Mac. Nothing is uploaded, and your messages are never changed.</source>
+        <translation>Scrivly liest eine Kopie deines Nachrichten-Verlaufs auf diesem Mac. Nichts wird hochgeladen, und deine Nachrichten werden nie verändert.</translation>
+    </message>
+    <message>
+        <source>Everything stays on this Mac. Your messages are never uploaded or sent anywhere.</source>
+        <translation>Alles bleibt auf diesem Mac. Deine Nachrichten werden nie hochgeladen oder irgendwohin gesendet.</translation>
+    </message>
+    <message>
+        <source>Your messages stay on this Mac. Questions: %1</source>
+        <translation>Deine Nachrichten bleiben auf diesem Mac. Fragen: %1</translation>
+    </message>
+    <message>
+        <source>The first time, Scrivly asks for Full Disk Access: macOS keeps Messages private until you allow an app. Choose Open Full Disk Access Settings, turn Scrivly on, and come back. If macOS offers to quit and reopen Scrivly, choose Quit &amp; Reopen.</source>
+        <translation>Beim ersten Start bittet Scrivly um Festplattenvollzugriff: macOS hält Nachrichten privat, bis du einer App den Zugriff erlaubst. Wähle „Einstellungen für Festplattenvollzugriff öffnen“, schalte Scrivly ein und komm zurück. Bietet macOS an, Scrivly zu beenden und neu zu öffnen, wähle „Beenden &amp; erneut öffnen“.</translation>
+    </message>
+    <message>
+        <source>Scrivly reads the Messages history on this Mac. If a conversation or older messages are missing, turn on Messages in iCloud (Messages › Settings › iMessage) and let it download, then choose File › Reload Messages (%1).</source>
+        <translation>Scrivly liest den Nachrichten-Verlauf auf diesem Mac. Fehlen eine Unterhaltung oder ältere Nachrichten, schalte „Nachrichten in iCloud“ ein (Nachrichten › Einstellungen › iMessage), lass alles laden und wähle dann Ablage › Nachrichten neu laden (%1).</translation>
+    </message>
+    <message>
+        <source>Photos that Messages keeps only in iCloud show as “not on this Mac”. Open the conversation in Messages to download them, then reload.</source>
+        <translation>Fotos, die Nachrichten nur in iCloud aufbewahrt, erscheinen als „nicht auf diesem Mac“. Öffne die Unterhaltung in Nachrichten, um sie zu laden, und lade dann neu.</translation>
+    </message>
+    <message>
+        <source>Attachment not found on this computer: %1</source>
+        <translation>Anhang auf diesem Computer nicht gefunden: %1</translation>
+    </message>
+    <message>
+        <source>Not found on this computer: %1</source>
+        <translation>Auf diesem Computer nicht gefunden: %1</translation>
+    </message>
+    <message>
+        <source>Show in Folder</source>
+        <translation>Im Ordner zeigen</translation>
+    </message>
+    <message>
+        <source>Show Scrivly in Folder</source>
+        <translation>Scrivly im Ordner zeigen</translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <comment>the menu elsewhere</comment>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>No Messages history to read</source>
+        <translation>Kein Nachrichten-Verlauf zum Lesen</translation>
+    </message>
+    <message>
+        <source>Scrivly reads a Messages history copied from a Mac (chat.db with its Attachments folder, from Library/Messages) or an iPhone backup. Open one, or try the sample history.</source>
+        <translation>Scrivly liest einen von einem Mac kopierten Nachrichten-Verlauf (chat.db mit seinem Ordner „Attachments“, aus Library/Messages) oder ein iPhone-Backup. Öffne eines davon oder probiere den Beispielverlauf aus.</translation>
+    </message>
+    <message>
+        <source>This Messages history has no conversations yet.</source>
+        <translation>Dieser Nachrichten-Verlauf hat noch keine Unterhaltungen.</translation>
+    </message>
+    <message>
+        <source>Scrivly reads a copy of your Messages history on this computer. Nothing is uploaded, and your messages are never changed.</source>
+        <translation>Scrivly liest eine Kopie deines Nachrichten-Verlaufs auf diesem Computer. Nichts wird hochgeladen, und deine Nachrichten werden nie verändert.</translation>
+    </message>
+    <message>
+        <source>Everything stays on this computer. Your messages are never uploaded or sent anywhere.</source>
+        <translation>Alles bleibt auf diesem Computer. Deine Nachrichten werden nie hochgeladen oder irgendwohin gesendet.</translation>
+    </message>
+    <message>
+        <source>Your messages stay on this computer. Questions: %1</source>
+        <translation>Deine Nachrichten bleiben auf diesem Computer. Fragen: %1</translation>
+    </message>
+    <message>
+        <source>Scrivly reads a Messages history copied from a Mac, or an iPhone backup. Copy the Library/Messages folder from the Mac (chat.db and its Attachments folder) and choose File › Open Messages Database…, or choose File › Open iPhone Backup… for a backup made with Finder or iTunes. Choose Try the Sample History to see how it works without either.</source>
+        <translation>Scrivly liest einen von einem Mac kopierten Nachrichten-Verlauf oder ein iPhone-Backup. Kopiere den Ordner Library/Messages vom Mac (chat.db und den Ordner „Attachments“) und wähle Datei › Nachrichten-Datenbank öffnen …, oder wähle Datei › iPhone-Backup öffnen … für ein mit dem Finder oder iTunes erstelltes Backup. Mit „Beispielverlauf ausprobieren“ siehst du, wie es ohne beides geht.</translation>
+    </message>
+    <message>
+        <source>Scrivly reads the database or backup as it was when it was copied. If a conversation or older messages are missing, let Messages download them on the Mac or iPhone first (Messages in iCloud), copy the database or make the backup again, then choose File › Reload Messages (%1).</source>
+        <translation>Scrivly liest die Datenbank oder das Backup so, wie es beim Kopieren war. Fehlen eine Unterhaltung oder ältere Nachrichten, lass sie zuerst auf dem Mac oder iPhone von Nachrichten laden („Nachrichten in iCloud“), kopiere die Datenbank erneut oder erstelle das Backup neu und wähle dann Datei › Nachrichten neu laden (%1).</translation>
+    </message>
+    <message>
+        <source>Photos missing from the copy show as “not found on this computer”. Copy the Attachments folder with chat.db and keep it beside it, or show Scrivly where it is with File › Choose Attachments Folder… A backup holds only the photos the phone had downloaded.</source>
+        <translation>Fotos, die in der Kopie fehlen, erscheinen als „auf diesem Computer nicht gefunden“. Kopiere den Ordner „Attachments“ mit chat.db und lege ihn daneben, oder zeige Scrivly mit Datei › Anhänge-Ordner auswählen …, wo er liegt. Ein Backup enthält nur die Fotos, die das iPhone geladen hatte.</translation>
+    </message>
+</context>
+<context>
     <name>scrivly::PreviewSheet</name>
     <message>
         <location filename="../screens/PreviewSheet.cpp" line="18"/>
@@ -1026,11 +1107,6 @@
 </context>
 <context>
     <name>scrivly::SavedLine</name>
-    <message>
-        <location filename="../screens/ExportSheet.cpp" line="33"/>
-        <source>Show in Finder</source>
-        <translation>Im Finder zeigen</translation>
-    </message>
     <message>
         <location filename="../screens/ExportSheet.cpp" line="45"/>
         <source>Saved %1</source>
@@ -1208,11 +1284,6 @@
         <source>Photo: %1</source>
         <translation>Foto: %1</translation>
     </message>
-    <message>
-        <location filename="../screens/TranscriptModel.cpp" line="419"/>
-        <source>Not on this Mac: %1</source>
-        <translation>Nicht auf diesem Mac: %1</translation>
-    </message>
 </context>
 <context>
     <name>scrivly::TranscriptModel</name>
@@ -1225,11 +1296,6 @@
         <location filename="../screens/TranscriptModel.cpp" line="212"/>
         <source>Photo: %1</source>
         <translation>Foto: %1</translation>
-    </message>
-    <message>
-        <location filename="../screens/TranscriptModel.cpp" line="215"/>
-        <source>Not on this Mac: %1</source>
-        <translation>Nicht auf diesem Mac: %1</translation>
     </message>
 </context>
 <context>
@@ -1317,11 +1383,6 @@
         <location filename="../screens/WelcomeView.cpp" line="51"/>
         <source>Private by design</source>
         <translation>Privat von Grund auf</translation>
-    </message>
-    <message>
-        <location filename="../screens/WelcomeView.cpp" line="52"/>
-        <source>Scrivly reads a copy of your Messages history on this Mac. Nothing is uploaded, and your messages are never changed.</source>
-        <translation>Scrivly liest eine Kopie deines Nachrichten-Verlaufs auf diesem Mac. Nichts wird hochgeladen, und deine Nachrichten werden nie verändert.</translation>
     </message>
     <message>
         <location filename="../screens/WelcomeView.cpp" line="54"/>

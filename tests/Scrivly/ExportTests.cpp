@@ -178,6 +178,40 @@ private slots:
         QCOMPARE(model.lastExport(), std::optional(csvPath));
     }
 
+    // Away from a Mac nothing is "this Mac": the cover names what was read, in the words of the
+    // command line's documents.
+    void exportTextsNameWhatWasReadAwayFromAMac() {
+#ifdef Q_OS_MACOS
+        QSKIP("A Mac keeps the design's words");
+#endif
+        Harness harness;
+        const QString copy = harness.path("copy/chat.db");
+        writeHistory(copy, {{"+15550001111", {{"Hi", Date::fromUnixSeconds(1710000000)}}}});
+        AppModel& model = harness.model();
+        const std::string unchanged =
+            ", read by Scrivly. Scrivly lays the messages out; it doesn’t change their wording.";
+        const auto expect = [&](SourceDescription::Kind kind, const QString& path,
+                                const std::string& read) {
+            const std::string text = model.exportStrings().sourceText;
+            QCOMPARE(text, read + unchanged);
+            SourceDescription source;
+            source.kind = kind;
+            source.path = path.toStdString();
+            QCOMPARE(text, ExportStrings::englishSourceText(source, "en_US"));
+        };
+        using Kind = SourceDescription::Kind;
+        expect(Kind::userHistory, harness.standardDatabase(),
+               "The Messages database chat.db in " + harness.platform.home.toStdString() +
+                   "/Library/Messages");
+        model.openDatabaseFile(copy);
+        expect(Kind::databaseFile, copy,
+               "The Messages database chat.db in " + harness.path("copy").toStdString());
+        model.openSample();
+        expect(Kind::sample, {}, "The demonstration history");
+        QCOMPARE(model.exportStrings().attachmentMissing("IMG_1.HEIC"),
+                 std::string("Attachment not found on this computer: IMG_1.HEIC"));
+    }
+
     void exportTextsFillInTheirArguments() {
         Harness harness;
         const ExportStrings strings = harness.model().exportStrings();

@@ -86,31 +86,64 @@ private slots:
         QCOMPARE(firstAddresses(model), std::vector<std::string>{"+15550002222"});
     }
 
-    void chosenFileIsRememberedWithItsHome_data() {
+    void chosenFileIsRememberedWithItsAttachments_data() {
         QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("home"); // empty: the user's own
-        QTest::newRow("in a home folder") << "Users/ann/Library/Messages/chat.db"
-                                          << "Users/ann";
-        QTest::newRow("an iPhone backup's") << "backup/3d/3d0d7e5fb2ce288813306e4d46363"
-                                            << "";
+        QTest::addColumn<QStringList>("folders"); // made before the file is opened
+        QTest::addColumn<QString>("chosen");      // the attachments folder chosen; empty: none
+        QTest::addColumn<QString>("expected");    // where the photo is; empty: the user's home
+        const QString photo = QStringLiteral("Library/Messages/Attachments/ab/IMG_1.jpeg");
+        QTest::newRow("in a home folder")
+            << "Users/ann/Library/Messages/chat.db" << QStringList() << ""
+            << "Users/ann/" + photo;
+        QTest::newRow("an iPhone backup's")
+            << "backup/3d/3d0d7e5fb2ce288813306e4d46363" << QStringList() << ""
+            << "";
+        QTest::newRow("a copy with Attachments beside it")
+            << "copy/chat.db" << QStringList{"copy/Attachments"} << ""
+            << "copy/Attachments/ab/IMG_1.jpeg";
+        QTest::newRow("a copy and the home folder chosen for it")
+            << "copy/chat.db" << QStringList{"mac/Library/Messages/Attachments"} << "mac"
+            << "mac/" + photo;
+        QTest::newRow("the Attachments folder chosen over the one beside")
+            << "copy/chat.db" << QStringList{"copy/Attachments", "photos"} << "photos"
+            << "photos/ab/IMG_1.jpeg";
     }
 
-    // The home decides where a stored "~/" attachment is looked for.
-    void chosenFileIsRememberedWithItsHome() {
+    // Where a stored "~/Library/Messages/Attachments/" photo is looked for, now and at the next
+    // launch.
+    void chosenFileIsRememberedWithItsAttachments() {
         QFETCH(QString, file);
-        QFETCH(QString, home);
+        QFETCH(QStringList, folders);
+        QFETCH(QString, chosen);
+        QFETCH(QString, expected);
         Harness harness;
         const QString path = harness.path(file);
         writeHistory(path, {{"+15550001111",
                              {{"Look", Date::fromUnixSeconds(1710000000), false,
                                "~/Library/Messages/Attachments/ab/IMG_1.jpeg"}}}});
-        const QString expected = (home.isEmpty() ? harness.platform.home : harness.path(home)) +
-                                 "/Library/Messages/Attachments/ab/IMG_1.jpeg";
+        for (const QString& folder : folders) {
+            QVERIFY(QDir().mkpath(harness.path(folder)));
+        }
+        expected = expected.isEmpty()
+                       ? harness.platform.home + "/Library/Messages/Attachments/ab/IMG_1.jpeg"
+                       : harness.path(expected);
+        const auto photoPath = [](AppModel& model) {
+            model.select(model.conversations().at(0).id);
+            if (!QTest::qWaitFor([&] { return model.transcript().has_value(); }, kWait)) {
+                return QStringLiteral("(no transcript)");
+            }
+            const auto& attachments = model.transcript()->entries.at(0).attachments;
+            return QString::fromStdString(attachments.at(0).path.value_or(""));
+        };
 
-        harness.model().openDatabaseFile(path);
-        QVERIFY(harness.open("+1 (555) 000-1111"));
-        const auto& attachments = harness.model().transcript()->entries.at(0).attachments;
-        QCOMPARE(QString::fromStdString(attachments.at(0).path.value_or("")), expected);
+        AppModel& model = harness.model();
+        model.openDatabaseFile(path);
+        SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+        if (!chosen.isEmpty()) {
+            model.chooseAttachmentsFolder(harness.path(chosen));
+            SCRIVLY_WAIT_FOR_PHASE(model, Phase::ready);
+        }
+        QCOMPARE(photoPath(model), expected);
 
         // The next launch reads the same file (the user's own history doesn't exist here).
         AppModel later(harness.platform, *harness.store);
@@ -118,6 +151,7 @@ private slots:
         later.start();
         SCRIVLY_WAIT_FOR_PHASE(later, Phase::ready);
         QCOMPARE(firstAddresses(later), std::vector<std::string>{"+15550001111"});
+        QCOMPARE(photoPath(later), expected);
     }
 
     void contactsRequestDecidesNames_data() {
