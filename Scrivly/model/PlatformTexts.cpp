@@ -17,7 +17,7 @@ struct Table {
     Text attachmentMissing;
     Text attachmentMissingShort;
     Text showInFolder;
-    Text showApplication;
+    Text accessIntro;
     Text fileMenu;
     Text noHistoryTitle;
     Text noHistoryText;
@@ -42,7 +42,9 @@ constexpr Table kMac{
     .attachmentMissingShort =
         QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "Not on this Mac: %1", ""),
     .showInFolder = QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "Show in Finder", ""),
-    .showApplication = QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "Show Scrivly in Finder", ""),
+    .accessIntro = QT_TRANSLATE_NOOP3(
+        "scrivly::PlatformTexts",
+        "macOS keeps Messages private until you allow an app. It takes three steps.", ""),
     .fileMenu = QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "&File", "the macOS menu"),
     .noHistoryTitle =
         QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "No Messages history on this Mac", ""),
@@ -91,7 +93,12 @@ constexpr Table kElsewhere{
     .attachmentMissingShort =
         QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "Not found on this computer: %1", ""),
     .showInFolder = QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "Show in Folder", ""),
-    .showApplication = QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "Show Scrivly in Folder", ""),
+    .accessIntro = QT_TRANSLATE_NOOP3(
+        "scrivly::PlatformTexts",
+        "Your user account isn’t allowed to read this Messages database. Make the file and the "
+        "folders above it readable to you, or copy it into a folder of your own and open the "
+        "copy, then check again.",
+        ""),
     .fileMenu = QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "&File", "the menu elsewhere"),
     .noHistoryTitle =
         QT_TRANSLATE_NOOP3("scrivly::PlatformTexts", "No Messages history to read", ""),
@@ -172,8 +179,8 @@ QString showInFolder() {
     return translated(table().showInFolder);
 }
 
-QString showApplication() {
-    return translated(table().showApplication);
+QString accessIntro() {
+    return translated(table().accessIntro);
 }
 
 QString fileMenu() {

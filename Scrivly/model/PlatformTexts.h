@@ -20,8 +20,9 @@ QString attachmentMissing();
 QString attachmentMissingShort();
 // The button that shows a saved export in the file manager.
 QString showInFolder();
-// The one that shows the running program there, so it can be given access.
-QString showApplication();
+// The access screen's first line: what keeps the history from being read. On a Mac, the steps
+// of Full Disk Access follow it.
+QString accessIntro();
 QString fileMenu();
 QString noHistoryTitle();
 QString noHistoryText();

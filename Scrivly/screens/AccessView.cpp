@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include <functional>
+#include <vector>
 
 namespace scrivly {
 
@@ -53,8 +54,7 @@ AccessView::AccessView(AppModel& model, QWidget* parent) : QWidget(parent) {
     titleFont.setBold(true);
     title->setFont(titleFont);
     layout->addWidget(title);
-    auto* intro = wrappedLabel(
-        tr("macOS keeps Messages private until you allow an app. It takes three steps."), column);
+    auto* intro = wrappedLabel(PlatformTexts::accessIntro(), column);
     layout->addWidget(intro);
 
     struct Step {
@@ -63,27 +63,35 @@ AccessView::AccessView(AppModel& model, QWidget* parent) : QWidget(parent) {
         QString button;
         std::function<void()> action;
     };
-    // System Settings exists only on macOS; elsewhere the first step is shown as text alone.
+    // Full Disk Access exists only on macOS; elsewhere the file's own permissions are in the way,
+    // and nothing tells Scrivly when they change.
 #ifdef Q_OS_MACOS
-    const bool systemSettings = true;
+    const bool fullDiskAccess = true;
 #else
-    const bool systemSettings = false;
+    const bool fullDiskAccess = false;
 #endif
-    const Step steps[] = {
-        {tr("Open Full Disk Access in System Settings"),
-         tr("It’s in System Settings › Privacy & Security › Full Disk Access."),
-         systemSettings ? tr("Open Full Disk Access Settings") : QString(),
-         [&model] { model.openFullDiskAccessSettings(); }},
-        {tr("Turn on Scrivly"),
-         tr("Find Scrivly in the list and turn its switch on. If it isn’t listed, click + and "
-            "choose Scrivly, or drag it into the list from Finder."),
-         PlatformTexts::showApplication(), [&model] { model.revealApplication(); }},
-        {tr("Come back here"),
-         tr("Scrivly checks again by itself when you return. If macOS offers to quit and reopen "
-            "Scrivly, choose Quit & Reopen."),
-         QString(),
-         {}},
-    };
+    std::vector<Step> steps;
+    if (!fullDiskAccess) {
+        auto* again = new QPushButton(tr("Check Again"), column);
+        connect(again, &QPushButton::clicked, &model, &AppModel::reload);
+        layout->addWidget(again, 0, Qt::AlignLeft);
+    } else {
+        steps = {
+            {tr("Open Full Disk Access in System Settings"),
+             tr("It’s in System Settings › Privacy & Security › Full Disk Access."),
+             tr("Open Full Disk Access Settings"),
+             [&model] { model.openFullDiskAccessSettings(); }},
+            {tr("Turn on Scrivly"),
+             tr("Find Scrivly in the list and turn its switch on. If it isn’t listed, click + and "
+                "choose Scrivly, or drag it into the list from Finder."),
+             tr("Show Scrivly in Finder"), [&model] { model.revealApplication(); }},
+            {tr("Come back here"),
+             tr("Scrivly checks again by itself when you return. If macOS offers to quit and "
+                "reopen Scrivly, choose Quit & Reopen."),
+             QString(),
+             {}},
+        };
+    }
     int number = 1;
     for (const Step& step : steps) {
         auto* box = new QFrame(column);
@@ -117,12 +125,14 @@ AccessView::AccessView(AppModel& model, QWidget* parent) : QWidget(parent) {
     }
 
     layout->addSpacing(6);
-    const QString reassurances[] = {
+    QStringList reassurances{
         tr("Scrivly reads a copy of the Messages database and never changes, moves or deletes "
            "your messages."),
         PlatformTexts::accessPrivacy(),
-        tr("You can turn access off again any time in the same place."),
     };
+    if (fullDiskAccess) {
+        reassurances.append(tr("You can turn access off again any time in the same place."));
+    }
     const int iconSize = title->fontMetrics().height();
     for (const QString& text : reassurances) {
         auto* row = new QHBoxLayout;

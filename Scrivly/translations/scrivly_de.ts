@@ -32,11 +32,6 @@
         <translation>Erlaube Scrivly, deinen Nachrichten-Verlauf zu lesen</translation>
     </message>
     <message>
-        <location filename="../screens/AccessView.cpp" line="56"/>
-        <source>macOS keeps Messages private until you allow an app. It takes three steps.</source>
-        <translation>macOS hält Nachrichten privat, bis du einer App den Zugriff erlaubst. Das geht in drei Schritten.</translation>
-    </message>
-    <message>
         <location filename="../screens/AccessView.cpp" line="72"/>
         <source>Open Full Disk Access in System Settings</source>
         <translation>Festplattenvollzugriff in den Systemeinstellungen öffnen</translation>
@@ -86,6 +81,14 @@
         <location filename="../screens/AccessView.cpp" line="123"/>
         <source>You can turn access off again any time in the same place.</source>
         <translation>Du kannst den Zugriff an derselben Stelle jederzeit wieder ausschalten.</translation>
+    </message>
+    <message>
+        <source>Show Scrivly in Finder</source>
+        <translation>Scrivly im Finder zeigen</translation>
+    </message>
+    <message>
+        <source>Check Again</source>
+        <translation>Erneut prüfen</translation>
     </message>
 </context>
 <context>
@@ -974,10 +977,6 @@
         <translation>Im Finder zeigen</translation>
     </message>
     <message>
-        <source>Show Scrivly in Finder</source>
-        <translation>Scrivly im Finder zeigen</translation>
-    </message>
-    <message>
         <source>&amp;File</source>
         <comment>the macOS menu</comment>
         <translation>&amp;Ablage</translation>
@@ -1031,10 +1030,6 @@
         <translation>Im Ordner zeigen</translation>
     </message>
     <message>
-        <source>Show Scrivly in Folder</source>
-        <translation>Scrivly im Ordner zeigen</translation>
-    </message>
-    <message>
         <source>&amp;File</source>
         <comment>the menu elsewhere</comment>
         <translation>&amp;Datei</translation>
@@ -1074,6 +1069,14 @@
     <message>
         <source>Photos missing from the copy show as “not found on this computer”. Copy the Attachments folder with chat.db and keep it beside it, or show Scrivly where it is with File › Choose Attachments Folder… A backup holds only the photos the phone had downloaded.</source>
         <translation>Fotos, die in der Kopie fehlen, erscheinen als „auf diesem Computer nicht gefunden“. Kopiere den Ordner „Attachments“ mit chat.db und lege ihn daneben, oder zeige Scrivly mit Datei › Anhänge-Ordner auswählen …, wo er liegt. Ein Backup enthält nur die Fotos, die das iPhone geladen hatte.</translation>
+    </message>
+    <message>
+        <source>macOS keeps Messages private until you allow an app. It takes three steps.</source>
+        <translation>macOS hält Nachrichten privat, bis du einer App den Zugriff erlaubst. Das geht in drei Schritten.</translation>
+    </message>
+    <message>
+        <source>Your user account isn’t allowed to read this Messages database. Make the file and the folders above it readable to you, or copy it into a folder of your own and open the copy, then check again.</source>
+        <translation>Dein Benutzerkonto darf diese Nachrichten-Datenbank nicht lesen. Mach die Datei und die Ordner darüber für dich lesbar, oder kopiere sie in einen eigenen Ordner und öffne die Kopie. Prüfe dann erneut.</translation>
     </message>
 </context>
 <context>
