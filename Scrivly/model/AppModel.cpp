@@ -71,7 +71,7 @@ Date monthBefore(Date date, const std::string& timeZone) {
 
 AppModel::AppModel(Platform& platform, QSettings& store, QObject* parent)
     : QObject(parent), m_platform(platform), m_store(store), m_settings(AppSettings::load(store)),
-      m_export(platform, m_tasks) {
+      m_export(platform, m_tasks), m_produce(platform, m_tasks) {
     m_to = platform.now();
     m_from = monthBefore(m_to, platform.timeZone());
     const QString remembered = store.value(QLatin1String(kDatabasePathKey)).toString();
@@ -153,6 +153,18 @@ DayBounds::Range AppModel::bounds() const {
 QString AppModel::myDisplayName() const {
     const QString name = trimmed(m_settings.myName);
     return name.isEmpty() ? tr("Me") : name;
+}
+
+std::vector<Conversation> AppModel::productionConversations() const {
+    if (m_chosen.empty()) {
+        return m_conversations;
+    }
+    std::vector<Conversation> chosen;
+    std::copy_if(m_conversations.begin(), m_conversations.end(), std::back_inserter(chosen),
+                 [&](const Conversation& c) {
+                     return std::find(m_chosen.begin(), m_chosen.end(), c.id) != m_chosen.end();
+                 });
+    return chosen;
 }
 
 ExportFlow::Subject AppModel::exportSubject() const {
@@ -277,6 +289,14 @@ void AppModel::select(const std::optional<std::string>& id) {
     setSelection(id);
     m_export.clearLastExport();
     loadMessages();
+}
+
+void AppModel::choose(std::vector<std::string> ids) {
+    if (ids == m_chosen) {
+        return;
+    }
+    m_chosen = std::move(ids);
+    emit chosenChanged();
 }
 
 // MARK: database source
@@ -662,6 +682,8 @@ void AppModel::finishOnboarding() {
 
 void AppModel::dismissSheet() {
     m_export.cancelRender();
+    m_produce.cancel();
+    m_produce.clearOutcome();
     setSheet(std::nullopt);
 }
 
@@ -683,6 +705,34 @@ void AppModel::cancelRender() {
 
 void AppModel::showInFinder() {
     m_export.showInFinder();
+}
+
+void AppModel::showProduce() {
+    if (m_phase == Phase::ready && !m_conversations.empty()) {
+        setSheet(Sheet::produce);
+    }
+}
+
+void AppModel::produce() {
+    std::vector<std::string> ids;
+    for (const Conversation& conversation : productionConversations()) {
+        ids.push_back(conversation.id);
+    }
+    DayRange days;
+    if (m_useFrom) {
+        days.first = fromDay();
+    }
+    if (m_useTo) {
+        days.last = toDay();
+    }
+    m_produce.produce(
+        {.reader = m_database,
+         .names = m_names,
+         .conversations = std::move(ids),
+         .days = days,
+         .history = {myDisplayName().toStdString(), m_platform.timeZone(), m_platform.locale()},
+         .header = trimmed(m_export.form().header).toStdString(),
+         .settings = m_settings});
 }
 
 // MARK: plain setters

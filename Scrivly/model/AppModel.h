@@ -4,6 +4,7 @@
 #include "Scrivly/model/ExportFlow.h"
 #include "Scrivly/model/ExportForm.h"
 #include "Scrivly/model/Platform.h"
+#include "Scrivly/model/ProduceFlow.h"
 #include "Scrivly/model/Tasks.h"
 #include "ScrivlyKit/conversations/Conversation.h"
 #include "ScrivlyKit/conversations/DayBounds.h"
@@ -44,7 +45,7 @@ public:
     enum class Phase { failed, checking, needsAccess, noHistory, loading, ready };
     Q_ENUM(Phase)
     // The modal panel over the main window.
-    enum class Sheet { welcome, exportPanel, preview };
+    enum class Sheet { welcome, exportPanel, preview, produce };
     Q_ENUM(Sheet)
     enum class ContactsAccess { notAsked, granted, denied };
     Q_ENUM(ContactsAccess)
@@ -94,11 +95,18 @@ public:
     const std::optional<QString>& lastExport() const { return m_export.lastExport(); }
     const std::optional<QByteArray>& previewData() const { return m_export.previewData(); }
     DatabaseSource databaseSource() const { return m_source; }
+    // The conversations chosen in the list (ids, in the list's order); several for a production.
+    const std::vector<std::string>& chosen() const { return m_chosen; }
+    // The produce sheet's form, progress and outcome.
+    ProduceFlow& production() { return m_produce; }
+    const ProduceFlow& production() const { return m_produce; }
 
     // Derived values.
     // conversations narrowed by search, in their order.
     std::vector<Conversation> filteredConversations() const;
     std::optional<Conversation> selectedConversation() const;
+    // What a production makes: the chosen conversations, or every one when none is chosen.
+    std::vector<Conversation> productionConversations() const;
     // The texts of exports and of reactions, in the application's language, with the name of
     // the user's own messages. Kept until the language or that name changes.
     const ExportStrings& exportStrings() const { return m_export.strings(); }
@@ -129,6 +137,8 @@ public:
 
     // Selects a conversation (or none) and reads its messages.
     void select(const std::optional<std::string>& id);
+    // The conversations chosen in the list; the selection stays the one whose messages show.
+    void choose(std::vector<std::string> ids);
 
     // Reads the database file at path from now on and, once it has been read, remembers it for
     // later launches (a file that fails to open is forgotten); its home
@@ -177,6 +187,10 @@ public slots:
     // Stops the rendering under way; nothing is kept from it.
     void cancelRender();
     void showInFinder();
+    // Opens the produce sheet once the list has conversations.
+    void showProduce();
+    // Produces productionConversations() with the produce form and the export choices.
+    void produce();
 
 signals:
     void phaseChanged();
@@ -201,6 +215,7 @@ signals:
     void lastExportChanged();
     void previewDataChanged();
     void databaseSourceChanged();
+    void chosenChanged();
 
 protected:
     // Follows a change of the application's language.
@@ -263,6 +278,9 @@ private:
     Date m_to;
     // The form, the rendering and saving (exporting, renderProgress, lastExport, previewData).
     ExportFlow m_export;
+    std::vector<std::string> m_chosen;
+    // Many conversations at once; only stopped by closing its sheet, not by a new selection.
+    ProduceFlow m_produce;
     std::optional<MessagesReader> m_database;
     std::vector<Chat> m_chats;
     std::uint64_t m_loadToken = 0;

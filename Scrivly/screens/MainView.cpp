@@ -7,12 +7,14 @@
 #include "Scrivly/screens/Symbols.h"
 #include "Scrivly/screens/TranscriptView.h"
 
+#include <QAction>
 #include <QBoxLayout>
 #include <QFrame>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QLocale>
 #include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -57,7 +59,9 @@ MainView::MainView(AppModel& model, QWidget* parent)
       m_list(new QListView(this)),
       m_noConversations(new StatusView(QStringLiteral("bubble.left.and.bubble.right"), this)),
       m_contactsBar(new QFrame(this)), m_contactsText(new QLabel(this)),
-      m_contactsButton(new QPushButton(this)), m_transcript(new TranscriptView(model, this)) {
+      m_contactsButton(new QPushButton(this)), m_transcript(new TranscriptView(model, this)),
+      m_detail(new QStackedWidget(this)),
+      m_several(new StatusView(QStringLiteral("doc.richtext"), this)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     auto* splitter = new QSplitter(Qt::Horizontal, this);
@@ -96,7 +100,14 @@ MainView::MainView(AppModel& model, QWidget* parent)
     m_list->setItemDelegate(new ConversationDelegate(m_list));
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setUniformItemSizes(true);
-    m_list->setSelectionMode(QAbstractItemView::SingleSelection);
+    // Ctrl- and Shift-clicks choose several conversations for a production.
+    m_list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    auto* selectAll = new QAction(tr("Select All"), m_list);
+    connect(selectAll, &QAction::triggered, m_list, &QListView::selectAll);
+    auto* produce = new QAction(tr("Produce…"), m_list);
+    connect(produce, &QAction::triggered, &model, &AppModel::showProduce);
+    m_list->addActions({selectAll, produce});
+    m_list->setContextMenuPolicy(Qt::ActionsContextMenu);
     m_list->setAccessibleName(tr("Conversations"));
     m_search->installEventFilter(new SearchKeys(m_list, this));
     m_noConversations->setCompact(true);
@@ -135,7 +146,13 @@ MainView::MainView(AppModel& model, QWidget* parent)
     side->addWidget(m_contactsBar);
 
     splitter->addWidget(sidebar);
-    splitter->addWidget(m_transcript);
+    m_several->setText(tr("Produce them as one set of numbered documents, or choose one to see "
+                          "its messages."));
+    connect(m_several->addButton(tr("Produce…")), &QPushButton::clicked, &model,
+            &AppModel::showProduce);
+    m_detail->addWidget(m_transcript);
+    m_detail->addWidget(m_several);
+    splitter->addWidget(m_detail);
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({300, 700});
@@ -159,6 +176,8 @@ MainView::MainView(AppModel& model, QWidget* parent)
                     m_model.select(m_rows->at(current.row()).id);
                 }
             });
+    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &MainView::reportChosen);
     // Enter or a double click goes on to the transcript.
     connect(m_list, &QListView::activated, m_transcript, &TranscriptView::focusTranscript);
 
@@ -167,8 +186,10 @@ MainView::MainView(AppModel& model, QWidget* parent)
     connect(&model, &AppModel::selectionChanged, this, &MainView::updateSelection);
     connect(&model, &AppModel::contactsChanged, this, &MainView::updateContacts);
     connect(&model, &AppModel::databaseSourceChanged, this, &MainView::updateContacts);
+    connect(&model, &AppModel::chosenChanged, this, &MainView::updateChosen);
     updateConversations();
     updateContacts();
+    updateChosen();
 }
 
 void MainView::updateConversations() {
@@ -176,7 +197,15 @@ void MainView::updateConversations() {
         const QSignalBlocker block(m_search);
         m_search->setText(m_model.search());
     }
+    // A new list forgets its selection; the chosen conversations it still shows stay chosen.
+    const std::vector<std::string> chosen = m_model.chosen();
     m_rows->setConversations(m_model.filteredConversations());
+    for (const std::string& id : chosen) {
+        if (const int row = m_rows->rowOf(id); row >= 0) {
+            const QSignalBlocker block(m_list->selectionModel());
+            m_list->selectionModel()->select(m_rows->index(row), QItemSelectionModel::Select);
+        }
+    }
     // An empty history has its own screen; a search that matches nothing is just an empty list.
     m_listStack->setCurrentWidget(
         m_model.conversations().empty() ? static_cast<QWidget*>(m_noConversations) : m_list);
@@ -185,17 +214,43 @@ void MainView::updateConversations() {
 
 void MainView::updateSelection() {
     const bool selected = m_model.selection().has_value();
-    m_export->setEnabled(selected);
     const int row = selected ? m_rows->rowOf(*m_model.selection()) : -1;
     const QModelIndex index = row >= 0 ? m_rows->index(row) : QModelIndex();
-    if (index != m_list->currentIndex() || !m_list->selectionModel()->isSelected(index)) {
+    // Only a selection made elsewhere moves the list's (a click there has chosen already, and a
+    // Ctrl-click adds to what was chosen); one among the chosen keeps them chosen.
+    if (index != m_list->currentIndex()) {
         const QSignalBlocker block(m_list->selectionModel());
-        m_list->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+        m_list->selectionModel()->setCurrentIndex(index, m_list->selectionModel()->isSelected(index)
+                                                             ? QItemSelectionModel::NoUpdate
+                                                             : QItemSelectionModel::ClearAndSelect);
         m_list->viewport()->update();
     }
     if (index.isValid()) {
         m_list->scrollTo(index);
     }
+    reportChosen();
+    updateChosen();
+}
+
+void MainView::reportChosen() {
+    std::vector<std::string> ids;
+    for (int row = 0; row < m_rows->rowCount(); ++row) {
+        if (m_list->selectionModel()->isSelected(m_rows->index(row))) {
+            ids.push_back(m_rows->at(row).id);
+        }
+    }
+    m_model.choose(std::move(ids));
+}
+
+void MainView::updateChosen() {
+    const bool several = m_model.chosen().size() > 1;
+    if (several) {
+        m_several->setTitle(
+            tr("%1 Conversations Selected").arg(QLocale().toString(m_model.chosen().size())));
+    }
+    m_detail->setCurrentWidget(several ? static_cast<QWidget*>(m_several) : m_transcript);
+    // Export is of the one conversation on show.
+    m_export->setEnabled(m_model.selection().has_value() && !several);
 }
 
 void MainView::updateContacts() {

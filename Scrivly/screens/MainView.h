@@ -19,7 +19,8 @@ class StatusView;
 class TranscriptView;
 
 // The main screen: the searchable conversation list with its contacts bar on the left, the
-// transcript on the right.
+// transcript on the right. Several conversations may be chosen in the list, for a production;
+// the right side then says how many, with a button to produce them.
 class MainView : public QWidget {
     Q_OBJECT
 
@@ -29,12 +30,17 @@ public:
     QLineEdit* searchField() const { return m_search; }
     QListView* list() const { return m_list; }
     TranscriptView* transcript() const { return m_transcript; }
+    // Shown in the transcript's place while several conversations are chosen.
+    StatusView* severalChosen() const { return m_several; }
     QToolButton* exportButton() const { return m_export; }
 
 private:
     void updateConversations();
     void updateSelection();
     void updateContacts();
+    void updateChosen();
+    // Tells the model which rows are chosen, in the list's order.
+    void reportChosen();
 
     AppModel& m_model;
     ConversationListModel* m_rows;
@@ -49,6 +55,8 @@ private:
     QLabel* m_contactsText;
     QPushButton* m_contactsButton;
     TranscriptView* m_transcript;
+    QStackedWidget* m_detail;
+    StatusView* m_several;
 };
 
 } // namespace scrivly

@@ -9,6 +9,7 @@
 #include "Scrivly/screens/HelpView.h"
 #include "Scrivly/screens/MainView.h"
 #include "Scrivly/screens/PreviewSheet.h"
+#include "Scrivly/screens/ProduceSheet.h"
 #include "Scrivly/screens/SettingsView.h"
 #include "Scrivly/screens/StatusView.h"
 #include "Scrivly/screens/Symbols.h"
@@ -22,6 +23,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -89,6 +91,8 @@ MainWindow::MainWindow(AppModel& model, Updater& updater, QWidget* parent)
 
     connect(&model, &AppModel::phaseChanged, this, &MainWindow::updatePhase);
     connect(&model, &AppModel::selectionChanged, this, &MainWindow::updateCommands);
+    connect(&model, &AppModel::chosenChanged, this, &MainWindow::updateCommands);
+    connect(&model, &AppModel::conversationsChanged, this, &MainWindow::updateCommands);
     connect(&model, &AppModel::sheetChanged, this, &MainWindow::presentSheet);
     connect(&model, &AppModel::problemChanged, this, &MainWindow::presentProblem);
     connect(&updater, &Updater::finished, this, &MainWindow::showUpdateOutcome);
@@ -120,6 +124,8 @@ void MainWindow::buildMenus() {
     m_export->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E));
     m_preview = file->addAction(tr("Preview PDF"), this, &MainWindow::preview);
     m_exportCSV = file->addAction(tr("Export as CSV…"), &m_model, &AppModel::exportCSV);
+    m_produce = file->addAction(tr("Produce…"), &m_model, &AppModel::showProduce);
+    m_produce->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P));
     file->addSeparator();
     m_reload = file->addAction(Symbols::icon(QStringLiteral("arrow.clockwise")),
                                tr("Reload Messages"), &m_model, &AppModel::reload);
@@ -137,6 +143,16 @@ void MainWindow::buildMenus() {
         }
     });
     find->setShortcut(QKeySequence::Find);
+    // A text field keeps the shortcut for its own text; elsewhere it chooses every conversation
+    // the list shows.
+    m_selectAll = edit->addAction(tr("Select All"), this, [this] {
+        if (auto* field = qobject_cast<QLineEdit*>(QApplication::focusWidget())) {
+            field->selectAll();
+        } else if (m_stack->currentWidget() == m_main) {
+            m_main->list()->selectAll();
+        }
+    });
+    m_selectAll->setShortcut(QKeySequence::SelectAll);
     edit->addSeparator();
     QAction* settings = edit->addAction(tr("Settings…"), this, &MainWindow::showSettings);
     settings->setShortcut(QKeySequence::Preferences);
@@ -191,11 +207,14 @@ void MainWindow::updatePhase() {
 }
 
 void MainWindow::updateCommands() {
-    const bool selected =
-        m_model.phase() == AppModel::Phase::ready && m_model.selection().has_value();
+    const bool ready = m_model.phase() == AppModel::Phase::ready;
+    // With several chosen, the one on show is not what the user is pointing at.
+    const bool selected = ready && m_model.selection().has_value() && m_model.chosen().size() <= 1;
     for (QAction* action : {m_export, m_preview, m_exportCSV}) {
         action->setEnabled(selected);
     }
+    m_produce->setEnabled(ready && !m_model.conversations().empty());
+    m_selectAll->setEnabled(ready);
 }
 
 void MainWindow::preview() {
@@ -249,6 +268,9 @@ void MainWindow::presentSheet() {
         break;
     case AppModel::Sheet::exportPanel:
         dialog = new ExportSheet(m_model, this);
+        break;
+    case AppModel::Sheet::produce:
+        dialog = new ProduceSheet(m_model, this);
         break;
     case AppModel::Sheet::preview: {
         dialog = new PreviewSheet(m_model, this);

@@ -54,6 +54,8 @@ public:
     QAction* exportCSVAction() const { return m_exportCSV; }
     QAction* reloadAction() const { return m_reload; }
     QAction* chooseAttachmentsAction() const { return m_chooseAttachments; }
+    QAction* produceAction() const { return m_produce; }
+    QAction* selectAllAction() const { return m_selectAll; }
     bool settled() const { return m_settled; }
 
 public slots:
@@ -97,6 +99,8 @@ private:
     QAction* m_exportCSV = nullptr;
     QAction* m_reload = nullptr;
     QAction* m_chooseAttachments = nullptr;
+    QAction* m_produce = nullptr;
+    QAction* m_selectAll = nullptr;
 
     QPointer<HelpView> m_help;
     QPointer<SettingsView> m_settings;

@@ -94,7 +94,7 @@ ScrivlyApp::Options ScrivlyApp::parse(const QStringList& arguments) {
         QStringLiteral("sheet"),
         QCoreApplication::translate("scrivly::ScrivlyApp",
                                     "With --screenshot: the sheet or window to show (welcome, "
-                                    "export, preview, settings, help, password)."),
+                                    "export, preview, produce, settings, help, password)."),
         QStringLiteral("NAME"));
     const QCommandLineOption conversation(
         QStringLiteral("conversation"),
@@ -117,9 +117,10 @@ ScrivlyApp::Options ScrivlyApp::parse(const QStringList& arguments) {
     // Given but empty, it asks for a picture with nothing selected.
     options.screenshotNothingSelected =
         parser.isSet(conversation) && options.screenshotConversation.isEmpty();
-    const QStringList sheets = {QStringLiteral("welcome"), QStringLiteral("export"),
-                                QStringLiteral("preview"), QStringLiteral("settings"),
-                                QStringLiteral("help"),    QStringLiteral("password")};
+    const QStringList sheets = {QStringLiteral("welcome"),  QStringLiteral("export"),
+                                QStringLiteral("preview"),  QStringLiteral("produce"),
+                                QStringLiteral("settings"), QStringLiteral("help"),
+                                QStringLiteral("password")};
     if (parser.isSet(sheet) && !sheets.contains(options.screenshotSheet)) {
         usageError(QCoreApplication::translate("scrivly::ScrivlyApp",
                                                "There is no sheet or window called “%1”.")
@@ -321,6 +322,21 @@ void ScrivlyApp::takeScreenshot() {
             } else if (m_options.screenshotSheet == QLatin1String("preview")) {
                 model.showExport();
                 model.showPreview();
+            } else if (m_options.screenshotSheet == QLatin1String("produce")) {
+                // Every conversation, produced into a scratch folder: the picture shows the
+                // outcome line, and nothing is written among the user's files.
+                m_window->mainView()->list()->selectAll();
+                if (!m_scratch) {
+                    m_scratch = std::make_unique<QTemporaryDir>();
+                }
+                ProduceForm form = model.production().form();
+                form.batesPrefix = QStringLiteral("SMITH-");
+                form.spreadsheets = true;
+                form.natives = true;
+                form.loadFile = true;
+                form.folder = m_scratch->filePath(QStringLiteral("Production"));
+                model.production().setForm(form);
+                model.showProduce();
             } else if (m_options.screenshotSheet == QLatin1String("settings")) {
                 m_window->showSettings();
             } else if (m_options.screenshotSheet == QLatin1String("help")) {
@@ -340,6 +356,15 @@ void ScrivlyApp::takeScreenshot() {
             QDialog* sheet = shownSheet();
             if (wantsSheet && (!sheet || !sheet->isVisible())) {
                 return false;
+            }
+            if (m_options.screenshotSheet == QLatin1String("produce")) {
+                ProduceFlow& production = model.production();
+                if (!production.finished() && !production.producing() && !production.problem()) {
+                    model.produce();
+                }
+                if (production.producing()) {
+                    return false;
+                }
             }
             if (m_options.screenshotSheet == QLatin1String("preview")) {
                 auto* preview = qobject_cast<PreviewSheet*>(sheet);

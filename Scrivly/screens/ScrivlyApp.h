@@ -33,8 +33,9 @@ public:
         QString language;     // a locale name such as "de"; empty for the system's
         bool updateChecks = true;
         // Save a picture of the main window (and the sheet named by screenshotSheet: "welcome",
-        // "export" or "preview") once the conversation screenshotConversation shows, then quit.
-        // "settings" and "help" picture that window alone.
+        // "export", "preview", or "produce" with every conversation produced into a scratch
+        // folder) once the conversation screenshotConversation shows, then quit. "settings" and
+        // "help" picture that window alone.
         QString screenshot;
         QString screenshotSheet;
         QString screenshotConversation;

@@ -721,6 +721,22 @@
         <source>Open Settings</source>
         <translation>Einstellungen öffnen</translation>
     </message>
+    <message>
+        <source>Select All</source>
+        <translation>Alle auswählen</translation>
+    </message>
+    <message>
+        <source>Produce…</source>
+        <translation>Produktion erstellen …</translation>
+    </message>
+    <message>
+        <source>Produce them as one set of numbered documents, or choose one to see its messages.</source>
+        <translation>Erstelle daraus eine Produktion nummerierter Dokumente, oder wähle eine aus, um ihre Nachrichten zu sehen.</translation>
+    </message>
+    <message>
+        <source>%1 Conversations Selected</source>
+        <translation>%1 Unterhaltungen ausgewählt</translation>
+    </message>
 </context>
 <context>
     <name>scrivly::MainWindow</name>
@@ -922,6 +938,14 @@
         <source>Choose the folder that holds Library/Messages/Attachments, or the Attachments folder</source>
         <translation>Wähle den Ordner, der Library/Messages/Attachments enthält, oder den Ordner „Attachments“ selbst</translation>
     </message>
+    <message>
+        <source>Produce…</source>
+        <translation>Produktion erstellen …</translation>
+    </message>
+    <message>
+        <source>Select All</source>
+        <translation>Alle auswählen</translation>
+    </message>
 </context>
 <context>
     <name>scrivly::PasswordSheet</name>
@@ -1109,6 +1133,184 @@
     </message>
 </context>
 <context>
+    <name>scrivly::ProduceFlow</name>
+    <message>
+        <source>This history has no conversations to produce.</source>
+        <translation>Dieser Verlauf enthält keine Unterhaltungen.</translation>
+    </message>
+    <message>
+        <source>Give a number prefix, such as SMITH-: the numbers also name the files.</source>
+        <translation>Gib ein Nummern-Präfix an, etwa SMITH-: Die Nummern benennen auch die Dateien.</translation>
+    </message>
+    <message>
+        <source>The number prefix can’t hold “/” or control characters: the numbers also name the files.</source>
+        <translation>Das Nummern-Präfix darf kein „/“ und keine Steuerzeichen enthalten: Die Nummern benennen auch die Dateien.</translation>
+    </message>
+    <message>
+        <source>Choose a folder for the production.</source>
+        <translation>Wähle einen Ordner für die Produktion.</translation>
+    </message>
+    <message>
+        <source>“%1” is a file. Choose a new or empty folder.</source>
+        <translation>„%1“ ist eine Datei. Wähle einen neuen oder leeren Ordner.</translation>
+    </message>
+    <message>
+        <source>The folder “%1” isn’t empty. Choose a new or empty folder.</source>
+        <translation>Der Ordner „%1“ ist nicht leer. Wähle einen neuen oder leeren Ordner.</translation>
+    </message>
+    <message>
+        <source>The production couldn’t be made: %1</source>
+        <translation>Die Produktion konnte nicht erstellt werden: %1</translation>
+    </message>
+    <message>
+        <source>Produced no documents: the conversations have no messages in these dates.</source>
+        <translation>Keine Dokumente erstellt: Die Unterhaltungen haben in diesem Zeitraum keine Nachrichten.</translation>
+    </message>
+    <message>
+        <source>Produced 1 document, %1</source>
+        <translation>1 Dokument erstellt, %1</translation>
+    </message>
+    <message>
+        <source>Produced 1 document, %1 to %2</source>
+        <translation>1 Dokument erstellt, %1 bis %2</translation>
+    </message>
+    <message>
+        <source>Produced %1 documents, %2 to %3</source>
+        <translation>%1 Dokumente erstellt, %2 bis %3</translation>
+    </message>
+</context>
+<context>
+    <name>scrivly::ProduceSheet</name>
+    <message>
+        <source>Production</source>
+        <translation>Produktion</translation>
+    </message>
+    <message>
+        <source>One document per day</source>
+        <translation>Ein Dokument pro Tag</translation>
+    </message>
+    <message>
+        <source>Split files larger than</source>
+        <translation>Dateien aufteilen ab</translation>
+    </message>
+    <message>
+        <source>Include original attachments</source>
+        <translation>Originalanhänge beilegen</translation>
+    </message>
+    <message>
+        <source>Include spreadsheets</source>
+        <translation>Tabellen beilegen</translation>
+    </message>
+    <message>
+        <source>Include a load file for review platforms</source>
+        <translation>Ladedatei für Review-Plattformen beilegen</translation>
+    </message>
+    <message>
+        <source>Choose…</source>
+        <translation>Auswählen …</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Produce</source>
+        <translation>Produktion erstellen</translation>
+    </message>
+    <message>
+        <source>A production is one folder of PDFs numbered without a gap from first page to last, with a certificate listing every file, as courts and lawyers ask for.</source>
+        <translation>Eine Produktion ist ein Ordner mit PDFs, lückenlos von der ersten bis zur letzten Seite nummeriert, mit einem Zertifikat, das jede Datei aufführt – so, wie Gerichte und Kanzleien sie verlangen.</translation>
+    </message>
+    <message>
+        <source>Conversations</source>
+        <translation>Unterhaltungen</translation>
+    </message>
+    <message>
+        <source>Dates</source>
+        <translation>Zeitraum</translation>
+    </message>
+    <message>
+        <source>Header, paper, cover pages and photos are those of Export (%1).</source>
+        <translation>Kopfzeile, Papier, Deckblätter und Fotos wie beim Export (%1).</translation>
+    </message>
+    <message>
+        <source>For example SMITH-</source>
+        <translation>Zum Beispiel SMITH-</translation>
+    </message>
+    <message>
+        <source>First number</source>
+        <translation>Erste Nummer</translation>
+    </message>
+    <message>
+        <source>Number prefix</source>
+        <translation>Nummern-Präfix</translation>
+    </message>
+    <message>
+        <source>Documents</source>
+        <translation>Dokumente</translation>
+    </message>
+    <message>
+        <source> MB</source>
+        <translation> MB</translation>
+    </message>
+    <message>
+        <source>Custodian</source>
+        <translation>Verwahrer</translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>Producing…</source>
+        <translation>Wird erstellt …</translation>
+    </message>
+    <message>
+        <source>Cancelling…</source>
+        <translation>Wird abgebrochen …</translation>
+    </message>
+    <message>
+        <source>Choose a New or Empty Folder for the Production</source>
+        <translation>Neuen oder leeren Ordner für die Produktion auswählen</translation>
+    </message>
+    <message>
+        <source>All %1 conversations</source>
+        <translation>Alle %1 Unterhaltungen</translation>
+    </message>
+    <message>
+        <source>%1 selected: %2</source>
+        <translation>%1 ausgewählt: %2</translation>
+    </message>
+    <message>
+        <source>, </source>
+        <translation>, </translation>
+    </message>
+    <message>
+        <source>%1 selected: %2 and %3 more</source>
+        <translation>%1 ausgewählt: %2 und %3 weitere</translation>
+    </message>
+    <message>
+        <source>%1 to %2</source>
+        <translation>%1 bis %2</translation>
+    </message>
+    <message>
+        <source>From %1</source>
+        <translation>Ab %1</translation>
+    </message>
+    <message>
+        <source>Until %1</source>
+        <translation>Bis %1</translation>
+    </message>
+    <message>
+        <source>All messages</source>
+        <translation>Alle Nachrichten</translation>
+    </message>
+</context>
+<context>
     <name>scrivly::SavedLine</name>
     <message>
         <location filename="../screens/ExportSheet.cpp" line="45"/>
@@ -1154,8 +1356,8 @@
     </message>
     <message>
         <location filename="../screens/ScrivlyApp.cpp" line="78"/>
-        <source>With --screenshot: the sheet or window to show (welcome, export, preview, settings, help, password).</source>
-        <translation>Mit --screenshot: das zu zeigende Blatt oder Fenster (welcome, export, preview, settings, help, password).</translation>
+        <source>With --screenshot: the sheet or window to show (welcome, export, preview, produce, settings, help, password).</source>
+        <translation>Mit --screenshot: das zu zeigende Blatt oder Fenster (welcome, export, preview, produce, settings, help, password).</translation>
     </message>
     <message>
         <location filename="../screens/ScrivlyApp.cpp" line="84"/>

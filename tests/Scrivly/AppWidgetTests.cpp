@@ -14,6 +14,7 @@
 #include "Scrivly/screens/MainWindow.h"
 #include "Scrivly/screens/PasswordSheet.h"
 #include "Scrivly/screens/PreviewSheet.h"
+#include "Scrivly/screens/ProduceSheet.h"
 #include "Scrivly/screens/ScrivlyApp.h"
 #include "Scrivly/screens/SettingsView.h"
 #include "Scrivly/screens/StatusView.h"
@@ -26,6 +27,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -251,6 +254,80 @@ private slots:
         buttonNamed(window().sheetDialog(), QStringLiteral("Close"))->click();
         QVERIFY(!model().sheet());
         QTRY_VERIFY(!window().sheetDialog());
+    }
+
+    void severalConversationsAreProducedFromTheSheet() {
+        QListView* list = mainView().list();
+        const auto click = [list](int row, Qt::KeyboardModifiers modifiers = {}) {
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, modifiers,
+                              list->visualRect(list->model()->index(row, 0)).center());
+        };
+        const auto& all = model().conversations();
+        click(0);
+        click(2, Qt::ControlModifier);
+        QCOMPARE(model().chosen(), (std::vector<std::string>{all[0].id, all[2].id}));
+        QVERIFY(mainView().severalChosen()->isVisibleTo(&mainView()));
+        QVERIFY(showsText(mainView().severalChosen(), QStringLiteral("2 Conversations Selected")));
+        QVERIFY(!window().exportAction()->isEnabled());
+        list->setFocus();
+        window().selectAllAction()->trigger();
+        QCOMPARE(model().chosen().size(), all.size());
+
+        // Offscreen windows are not always active, so the command is triggered, not its keys.
+        QCOMPARE(window().produceAction()->shortcut(),
+                 QKeySequence(QStringLiteral("Ctrl+Shift+P")));
+        window().produceAction()->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<ProduceSheet*>(window().sheetDialog()), 5000);
+        auto* sheet = qobject_cast<ProduceSheet*>(window().sheetDialog());
+        QTRY_VERIFY(sheet->isVisible());
+        QStringList boxes;
+        for (QCheckBox* box : sheet->findChildren<QCheckBox*>()) {
+            boxes.append(box->text());
+        }
+        QCOMPARE(boxes, (QStringList{QStringLiteral("One document per day"),
+                                     QStringLiteral("Split files larger than"),
+                                     QStringLiteral("Include original attachments"),
+                                     QStringLiteral("Include spreadsheets"),
+                                     QStringLiteral("Include a load file for review platforms")}));
+        for (const char* label :
+             {"Number prefix", "First number", "Custodian", "Folder", "All messages"}) {
+            QVERIFY2(showsText(sheet, QString::fromUtf8(label)), label);
+        }
+        QVERIFY(shownTexts(sheet).filter(QStringLiteral("A production is ")).size() == 1);
+        QVERIFY(showsText(sheet, QStringLiteral("%1 selected: %2, %3, %4 and %5 more")
+                                     .arg(all.size())
+                                     .arg(QString::fromStdString(all[0].title),
+                                          QString::fromStdString(all[1].title),
+                                          QString::fromStdString(all[2].title))
+                                     .arg(all.size() - 3)));
+
+        // Made into a new folder, then refused over the same one, now full.
+        QTest::keyClicks(sheet->prefixField(), QStringLiteral("SMITH-"));
+        const QString folder = m_dir.filePath(QStringLiteral("Production"));
+        sheet->folderField()->clear();
+        QTest::keyClicks(sheet->folderField(), folder);
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            sheet->produceButton()->click();
+            QTRY_VERIFY_WITH_TIMEOUT(!model().production().producing(), kWait);
+            QCOMPARE(sheet->doneRow()->isVisibleTo(sheet), attempt == 0);
+            QCOMPARE(sheet->problemLabel()->isVisibleTo(sheet), attempt == 1);
+            if (attempt == 0) {
+                QVERIFY(sheet->doneLabel()->text().startsWith(
+                    QStringLiteral("Produced %1 documents, SMITH-000001 to SMITH-")
+                        .arg(all.size())));
+            }
+        }
+        QVERIFY(sheet->problemLabel()->text().contains(QStringLiteral("isn’t empty")));
+        QVERIFY(QFileInfo::exists(folder + QStringLiteral("/SMITH-000001.pdf")));
+        QVERIFY(buttonNamed(sheet, QStringLiteral("Show in Folder")));
+        buttonNamed(sheet, QStringLiteral("Close"))->click();
+        QTRY_VERIFY(!window().sheetDialog());
+
+        // One conversation again: its transcript, and Export.
+        click(1);
+        QCOMPARE(model().chosen(), std::vector<std::string>{all[1].id});
+        QVERIFY(mainView().transcript()->isVisibleTo(&mainView()));
+        QVERIFY(window().exportAction()->isEnabled());
     }
 
     void updateCheckReportsTheFeed() {
@@ -495,6 +572,7 @@ private slots:
         QCOMPARE(menus,
                  (QStringList{fileMenu, QStringLiteral("&Bearbeiten"), QStringLiteral("&Hilfe")}));
         QCOMPARE(german.exportAction()->text(), QStringLiteral("Exportieren …"));
+        QCOMPARE(german.produceAction()->text(), QStringLiteral("Produktion erstellen …"));
         QCOMPARE(german.mainView()->searchField()->placeholderText(),
                  QStringLiteral("Namen oder Nummern suchen"));
         // Exports follow the application's language: their texts and their dates.
