@@ -1,7 +1,8 @@
 // make-history: writes a large made-up Messages history for measuring Scrivly at scale.
 //
 //   make-history --messages N --folder DIR [--main M] [--photos P] [--photo-size PIXELS]
-//                [--seed S]
+//                [--seed S] [--backup BACKUPS [--password P] [--fast-keys]]
+//   make-history --folder DIR --backup BACKUPS [--password P] [--fast-keys]
 //
 // DIR/chat.db holds N message rows: about 2% reactions, 3% of ordinary messages with an
 // attachment, 30% of texts kept only in the archived body, dates over five years in nanoseconds.
@@ -11,7 +12,13 @@
 // rows still in chat.db-wal, as a live one does. With --photos, P real photos (large HEIC, JPEG
 // and PNG) lie under DIR/home and are attached to evenly spaced messages of the main conversation.
 // Everything is made up and the same seed writes the same history.
+//
+// With --backup, the history is also written as an iPhone backup into BACKUPS (its device folder
+// replaced), encrypted with --password P, with the phone's key-derivation counts unless
+// --fast-keys; its sms.db-wal holds the newest 1% of messages. Without --messages, only the
+// backup is written, of the history already in DIR.
 
+#include "ScrivlyKit/backup/BackupWriter.h"
 #include "ScrivlyKit/database/SQLiteConnection.h"
 #include "ScrivlyKit/records/Chat.h"
 #include "ScrivlyKit/sample/SampleDatabase.h"
@@ -25,6 +32,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -47,6 +55,8 @@ constexpr double kWalShare = 0.01;
 constexpr double kYears = 5;
 constexpr const char* kMainAddress = "+15550102233";
 constexpr const char* kSecondAddress = "+15550104455";
+// Dates are anchored to a fixed day so that the same seed gives the same file.
+const Date kNow = Date::fromUnixSeconds(1735689600.0); // 2025-01-01 00:00 UTC
 
 // The indexes a Messages database carries on the tables the reader touches.
 constexpr const char* kIndexes = R"sql(
@@ -70,12 +80,18 @@ struct Options {
     int photos = 0;
     int photoSize = 4032; // longer side of the photos, as a phone takes them
     std::uint64_t seed = 1;
+    std::string backup; // where to write the history as an iPhone backup too
+    std::optional<std::string> password;
+    bool fastKeys = false;
 };
 
 [[noreturn]] void usage(const std::string& problem) {
     std::cerr << "make-history: " << problem
               << "\nusage: make-history --messages N --folder DIR [--main M] [--photos P] "
-                 "[--photo-size PIXELS] [--seed S]\n";
+                 "[--photo-size PIXELS] [--seed S]\n"
+                 "             [--backup BACKUPS [--password P] [--fast-keys]]\n"
+                 "       make-history --folder DIR --backup BACKUPS [--password P] "
+                 "[--fast-keys]\n";
     std::exit(2);
 }
 
@@ -83,6 +99,10 @@ Options parse(int argc, char** argv) {
     Options options;
     for (int index = 1; index < argc; ++index) {
         const std::string flag = argv[index];
+        if (flag == "--fast-keys") {
+            options.fastKeys = true;
+            continue;
+        }
         if (index + 1 >= argc) {
             usage("missing value after " + flag);
         }
@@ -100,6 +120,10 @@ Options parse(int argc, char** argv) {
                 options.photoSize = std::stoi(value);
             } else if (flag == "--seed") {
                 options.seed = std::stoull(value);
+            } else if (flag == "--backup") {
+                options.backup = value;
+            } else if (flag == "--password") {
+                options.password = value;
             } else {
                 usage("unknown option " + flag);
             }
@@ -107,8 +131,17 @@ Options parse(int argc, char** argv) {
             usage("not a number: " + value);
         }
     }
-    if (options.messages < 1 || options.folder.empty()) {
-        usage("--messages and --folder are required");
+    if (options.folder.empty()) {
+        usage("--folder is required");
+    }
+    if ((options.password || options.fastKeys) && options.backup.empty()) {
+        usage("--password and --fast-keys go with --backup");
+    }
+    if (options.messages == 0 && !options.backup.empty()) {
+        return options; // a backup of the history already in the folder
+    }
+    if (options.messages < 1) {
+        usage("--messages is required unless only a backup is written");
     }
     const auto ordinary =
         options.messages - static_cast<std::int64_t>(options.messages * kReactionShare);
@@ -231,6 +264,37 @@ std::string extensionOf(const FileType& type) {
     return type.encoding == "png" ? "PNG" : "JPG";
 }
 
+// Writes the history in options.folder as an iPhone backup, its newest 1% of messages in the
+// log as makeHistory leaves them in chat.db-wal.
+void writeBackup(const Options& options) {
+    const auto started = std::chrono::steady_clock::now();
+    const fs::path database = fs::path(options.folder) / "chat.db";
+    if (!fs::is_regular_file(database)) {
+        throw std::runtime_error(database.string() + " does not exist: write the history first");
+    }
+    std::int64_t messages = 0;
+    {
+        SQLiteConnection db(database.string(), /*readOnly=*/true, /*immutable=*/false);
+        db.query("SELECT COUNT(*) FROM message", {},
+                 [&](const SQLiteConnection::Row& row) { messages = row.integer(0); });
+    }
+    BackupWriter::Options backup;
+    backup.password = options.password;
+    backup.fastKeys = options.fastKeys;
+    backup.newestInLog = static_cast<std::size_t>(static_cast<double>(messages) * kWalShare);
+    backup.deviceName = "Bench iPhone";
+    backup.date = kNow;
+    const auto written = BackupWriter::write(
+        options.backup, {database.string(), (fs::path(options.folder) / "home").string(), {}},
+        backup);
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    std::cout << "Wrote backup " << written << " ("
+              << (options.password ? options.fastKeys ? "encrypted, fast keys" : "encrypted"
+                                   : "not encrypted")
+              << ", " << backup.newestInLog << " messages in sms.db-wal), " << seconds << " s\n";
+}
+
 void makeHistory(const Options& options) {
     const auto started = std::chrono::steady_clock::now();
     std::mt19937_64 random(options.seed);
@@ -254,8 +318,7 @@ void makeHistory(const Options& options) {
     db.execute("PRAGMA synchronous=OFF; PRAGMA journal_mode=MEMORY; PRAGMA cache_size=-262144;");
     db.execute("BEGIN");
 
-    // Dates are anchored to a fixed day so that the same seed gives the same file.
-    const Date now = Date::fromUnixSeconds(1735689600.0); // 2025-01-01 00:00 UTC
+    const Date now = kNow;
     Writer writer(db, now, attachments.string(), "UTC");
 
     // Handles: the main person over iMessage and SMS, the second person, and a crowd.
@@ -441,6 +504,9 @@ void makeHistory(const Options& options) {
               << " photos) in " << chats.size() + 5 << " chats, " << seconds << " s\n"
               << "home " << home.string() << "\nmain conversation c:p:5550102233 (" << options.main
               << " messages), second c:p:5550104455 (" << chats[2].ordinary << ")\n";
+    if (!options.backup.empty()) {
+        writeBackup(options);
+    }
     std::cout.flush();
     // Ending without closing the connection leaves chat.db-wal holding the newest rows, exactly
     // as a reader finds the database of a running messaging service; closing would fold them in.
@@ -452,7 +518,12 @@ void makeHistory(const Options& options) {
 
 int main(int argc, char** argv) {
     try {
-        scrivly::bench::makeHistory(scrivly::bench::parse(argc, argv));
+        const auto options = scrivly::bench::parse(argc, argv);
+        if (options.messages == 0) {
+            scrivly::bench::writeBackup(options);
+        } else {
+            scrivly::bench::makeHistory(options);
+        }
     } catch (const std::exception& error) {
         std::cerr << "make-history: " << error.what() << '\n';
         return 1;
