@@ -46,7 +46,11 @@ constexpr std::array kMappings{
     Mapping{"doc.text.magnifyingglass",
             {"document-print-preview", "edit-find", nullptr},
             QStyle::SP_FileDialogContentsView},
-    Mapping{"icloud.and.arrow.down", {"folder-download", "go-down", nullptr}, QStyle::SP_ArrowDown},
+    // A missing attachment. A Mac (no icon theme) keeps the download arrow of a file waiting in
+    // iCloud; where a theme draws it, nothing can fetch the file, so it shows a missing picture.
+    Mapping{"icloud.and.arrow.down",
+            {"image-missing", "dialog-warning", nullptr},
+            QStyle::SP_ArrowDown},
     Mapping{"paperclip", {"mail-attachment", nullptr, nullptr}, QStyle::SP_FileIcon},
     Mapping{"photo", {"image-x-generic", nullptr, nullptr}, QStyle::SP_FileIcon},
     Mapping{"checkmark.circle.fill",
