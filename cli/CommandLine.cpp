@@ -34,6 +34,16 @@ void addDayOptions(CLI::App& command, std::string& from, std::string& to) {
 
 } // namespace
 
+DayRange dayRange(const std::string& from, const std::string& to) {
+    DayRange days{day(from, "--from"), day(to, "--to")};
+    if (days.first && days.last &&
+        std::tie(days.first->year, days.first->month, days.first->day) >
+            std::tie(days.last->year, days.last->month, days.last->day)) {
+        throw UsageError("The first day (--from) comes after the last day (--to).");
+    }
+    return days;
+}
+
 std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream& out) {
     Invocation invocation;
     GlobalOptions& global = invocation.global;
@@ -220,13 +230,9 @@ std::optional<Invocation> parse(int argc, const char* const* argv, std::ostream&
         }
     } else if (transcript->parsed() || exportCommand->parsed()) {
         invocation.command = transcript->parsed() ? Command::transcript : Command::exportFile;
-        invocation.from = day(from, "--from");
-        invocation.to = day(to, "--to");
-        if (invocation.from && invocation.to &&
-            std::tie(invocation.from->year, invocation.from->month, invocation.from->day) >
-                std::tie(invocation.to->year, invocation.to->month, invocation.to->day)) {
-            throw UsageError("The first day (--from) comes after the last day (--to).");
-        }
+        const auto days = dayRange(from, to);
+        invocation.from = days.first;
+        invocation.to = days.last;
     } else if (backups->parsed()) {
         invocation.command = Command::backups;
     } else if (produce->parsed()) {

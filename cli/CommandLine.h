@@ -4,6 +4,7 @@
 
 #include "ScrivlyKit/conversations/DayBounds.h"
 #include "ScrivlyKit/export/PaperSize.h"
+#include "ScrivlyKit/history/History.h"
 
 #include <cstdint>
 #include <iosfwd>
@@ -67,6 +68,10 @@ struct Invocation {
     std::vector<std::string> backupFolders; // backups
     ProduceArguments produce;               // produce
 };
+
+// The days of --from and --to (either may be empty): calendar days, the first not after the
+// last. Throws UsageError naming the option.
+DayRange dayRange(const std::string& from, const std::string& to);
 
 // Parses the arguments (argv[0] is the program). Returns nothing after printing the help text to
 // out when help was asked for. Throws UsageError with a one-line reason.

@@ -1,5 +1,6 @@
 #include "cli/Produce.h"
 
+#include "cli/CommandLine.h"
 #include "cli/Errors.h"
 #include "cli/Interrupts.h"
 #include "cli/ProgressBar.h"
@@ -15,23 +16,11 @@
 
 #include <algorithm>
 #include <iostream>
-#include <tuple>
 #include <unistd.h>
 
 namespace scrivly::cli {
 
 namespace {
-
-std::optional<DayBounds::Day> day(const std::string& text, const std::string& option) {
-    if (text.empty()) {
-        return std::nullopt;
-    }
-    auto parsed = DayBounds::parseDay(text);
-    if (!parsed) {
-        throw UsageError(option + " “" + text + "” isn’t a calendar day; write it as YYYY-MM-DD.");
-    }
-    return parsed;
-}
 
 std::string counted(std::int64_t count, const std::string& one, const std::string& many,
                     const std::string& locale) {
@@ -42,7 +31,7 @@ Production production(const ProduceArguments& arguments) {
     Production result;
     result.conversations = arguments.conversations;
     result.all = arguments.all;
-    result.days = DayRange{day(arguments.from, "--from"), day(arguments.to, "--to")};
+    result.days = dayRange(arguments.from, arguments.to);
     result.batesPrefix = Unicode::trimmed(arguments.batesPrefix);
     result.batesStart = arguments.batesStart;
     if (!arguments.maxSize.empty()) {
@@ -132,13 +121,7 @@ void checkProduceArguments(const ProduceArguments& arguments) {
         throw UsageError("--max-size “" + arguments.maxSize +
                          "” isn’t a size; write it as 35MB or 500KB.");
     }
-    const auto first = day(arguments.from, "--from");
-    const auto last = day(arguments.to, "--to");
-    if (first && last &&
-        std::tie(first->year, first->month, first->day) >
-            std::tie(last->year, last->month, last->day)) {
-        throw UsageError("The first day (--from) comes after the last day (--to).");
-    }
+    dayRange(arguments.from, arguments.to);
 }
 
 void produce(const ProduceArguments& arguments, const Session& session, Interrupts& interrupts) {
